@@ -1,0 +1,24 @@
+// PindBase: the base utility library of the game client. This umbrella header includes every public
+// header; include single headers (pind/<area>/...) to keep builds lean.
+//   #include "pind/PindBase.h"
+#ifndef PIND_PINDBASE_H_
+#define PIND_PINDBASE_H_
+
+#include "pind/Version.h"
+#include "pind/client/ClientWindow.h"
+#include "pind/client/Component.h"
+#include "pind/client/PindClient.h"
+#include "pind/diag/LockCs.h"
+#include "pind/diag/Report.h"
+#include "pind/platform/Clock.h"
+#include "pind/platform/CriticalSection.h"
+#include "pind/platform/CrtString.h"
+#include "pind/platform/EngineLog.h"
+#include "pind/platform/Export.h"
+#include "pind/platform/Package.h"
+#include "pind/platform/System.h"
+#include "pind/platform/TimeZone.h"
+#include "pind/platform/WinTypes.h"
+#include "pind/platform/Window.h"
+
+#endif  // PIND_PINDBASE_H_

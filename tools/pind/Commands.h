@@ -1,0 +1,27 @@
+// The pind tool's subcommands and demo steps. Each family lives in its own file and is listed once
+// in main.cpp (commands) or demo.cpp (demo steps).
+#ifndef PIND_TOOLS_PIND_COMMANDS_H_
+#define PIND_TOOLS_PIND_COMMANDS_H_
+
+#include <string>
+
+namespace pind::tool {
+
+/// What every demo step gets: where the sample data is and a scratch folder of its own to write in.
+struct DemoContext {
+    std::string dataDir;
+    std::string workDir;
+};
+
+/// Prints a demo section heading.
+void DemoHeading(const char* title);
+
+// Demo steps, in the order the demo runs them.
+void DemoClient(const DemoContext& ctx);
+
+// Subcommands: argv[0] is the subcommand's name; return the process exit status.
+int RunDemo(int argc, char** argv);
+
+}  // namespace pind::tool
+
+#endif  // PIND_TOOLS_PIND_COMMANDS_H_
