@@ -1,0 +1,89 @@
+// The current host objects: lazy do-nothing defaults, replacement and ownership.
+#include "pind/client/PindClient.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "support/RecordingClient.h"
+
+namespace {
+
+TEST(PindClient, DefaultAnswersEverySlotNeutrally) {
+    SetClient(nullptr);
+    IPindClient* c = GetClient();
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(GetClient(), c);  // created once
+    EXPECT_EQ(c->OpenFile("ini/a.ini", "r", true), nullptr);
+    EXPECT_EQ(c->OpenFileEx("ini/a.ini", "r", true, true), nullptr);
+    EXPECT_FALSE(c->IsPackageInUse());
+    EXPECT_FALSE(c->IsFileExist("a"));
+    EXPECT_EQ(c->GetPackageMode(), 0);
+    EXPECT_STREQ(c->GetPrimaryFolder(), "");
+    EXPECT_STREQ(c->GetSecondaryFolder(), "");
+    EXPECT_STREQ(c->GetBaseDir(), "");
+    std::string path = "data/x.lua";
+    c->TranslatePath("data/x.lua", path);
+    EXPECT_EQ(path, "data/x.lua");  // the caller's path stays as it is
+    EXPECT_EQ(c->Host12("s", "k", -77), -77);
+    EXPECT_TRUE(c->IsProfileAllowed());
+    EXPECT_EQ(c->Host19(), 128);
+    EXPECT_TRUE(c->Host15().empty());
+    EXPECT_TRUE(c->Host35().empty());
+    EXPECT_EQ(c->Host10(), 0);
+    char line[256] = "unchanged";
+    c->GetDescription(line);
+    EXPECT_STREQ(line, "unchanged");
+    c->DebugText("%s %d", "ignored", 1);
+    c->FillRectangle(0, 0, 1, 1, 0x7F1A1A1A);
+    c->DrawString(0, 0, 0xFFFF00, "text");
+    c->CreateDir("profile");
+    SetClient(nullptr);
+}
+
+// A host's own object, even one derived from the default, has a type of its own.
+struct OtherHost : IPindClientNone {
+    int answers = 0;
+    bool IsPackageInUse() override { return ++answers > 0; }
+};
+
+TEST(PindClient, HostObjectIsNeverDestroyedByTheLibrary) {
+    GetClient();  // a default is current
+    {
+        pind::test::RecordingClient host;  // SetClient(&host) destroys that default
+        EXPECT_EQ(GetClient(), &host);
+        OtherHost other;
+        EXPECT_EQ(SetClient(&other), &other);
+        host.DebugText("still %s", "here");  // replacing the host left it alive
+        ASSERT_EQ(host.debugTexts.size(), 1u);
+        EXPECT_EQ(host.debugTexts[0], "still here");
+        SetClient(&host);
+        EXPECT_TRUE(other.IsPackageInUse());  // and the same for the second host
+    }
+    // The recording client uninstalled itself; a fresh default answers.
+    EXPECT_NE(GetClient(), nullptr);
+    EXPECT_EQ(GetClient()->OpenFile("a", "r", true), nullptr);
+    SetClient(nullptr);
+}
+
+TEST(PindClient, DefaultDebugAnswersNeutrallyAndHostDebugIsKept) {
+    SetDebug(nullptr);
+    IPindDebug* d = GetDebug();
+    ASSERT_NE(d, nullptr);
+    EXPECT_FALSE(d->IsEnabled());
+    EXPECT_EQ(d->Debug02(), 0);
+    d->Debug07("text");
+    d->DebugPrintf("%d", 1);
+    {
+        pind::test::RecordingDebug host;
+        EXPECT_EQ(GetDebug(), &host);
+        GetDebug()->DebugPrintf("x=%d", 5);
+        ASSERT_EQ(host.texts.size(), 1u);
+        EXPECT_EQ(host.texts[0], "x=5");
+    }
+    EXPECT_NE(GetDebug(), nullptr);
+    SetDebug(nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+// The clock seam: an installed source answers every reading; the system clock moves forward.
+#include "pind/platform/Clock.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "support/FakeClock.h"
+
+namespace pind::platform {
+namespace {
+
+TEST(Clock, InstalledSourceAnswersEveryReading) {
+    test::FakeClock clock;
+    clock.SetTickMs(4000000000u);
+    clock.SetUnixTimeMs(1715043792345);
+    clock.SetProcessClock(77);
+    EXPECT_EQ(TimeGetTime(), 4000000000u);
+    EXPECT_EQ(GetTickCount(), 4000000000u);
+    EXPECT_EQ(ProcessClock(), 77);
+    EXPECT_EQ(UnixTimeMs(), 1715043792345);
+    EXPECT_EQ(Time64(), 1715043792);
+    EXPECT_EQ(QueryPerformanceFrequency(), 1000000);
+
+    const int64_t counter = QueryPerformanceCounter();
+    clock.AdvanceMs(300000000);  // the 32-bit tick wraps; the wide readings do not
+    EXPECT_EQ(TimeGetTime(), static_cast<uint32_t>(4000000000u + 300000000u));
+    EXPECT_EQ(QueryPerformanceCounter() - counter, 300000000LL * 1000);
+    EXPECT_EQ(Time64(), 1715043792 + 300000);
+}
+
+TEST(Clock, Time64RoundsDownBeforeTheEpoch) {
+    test::FakeClock clock;
+    struct Case {
+        int64_t ms;
+        int64_t seconds;
+    };
+    for (const Case& c : {Case{0, 0}, Case{999, 0}, Case{1000, 1}, Case{-1, -1}, Case{-1000, -1},
+                          Case{-1001, -2}}) {
+        clock.SetUnixTimeMs(c.ms);
+        EXPECT_EQ(Time64(), c.seconds) << c.ms;
+    }
+}
+
+TEST(Clock, UninstallingRestoresTheSystemClock) {
+    const ClockSource* before = nullptr;
+    {
+        test::FakeClock clock;
+        before = &CurrentClock();
+        EXPECT_EQ(before, &clock);
+        test::FakeClock inner;  // nested sources restore in order
+        EXPECT_EQ(&CurrentClock(), &inner);
+    }
+    EXPECT_EQ(&CurrentClock(), &SystemClock());
+}
+
+TEST(Clock, SystemClockIsTheWallClockAndMovesForward) {
+    const int64_t wall = static_cast<int64_t>(std::time(nullptr));
+    EXPECT_NEAR(static_cast<double>(Time64()), static_cast<double>(wall), 2.0);
+    const int64_t c1 = QueryPerformanceCounter();
+    const uint32_t t1 = TimeGetTime();
+    volatile uint64_t spin = 0;
+    for (int i = 0; i < 1000000; ++i) {
+        spin = spin + static_cast<uint64_t>(i);
+    }
+    EXPECT_GT(QueryPerformanceCounter(), c1);
+    EXPECT_GE(TimeGetTime() - t1, 0u);
+    EXPECT_GT(QueryPerformanceFrequency(), 0);
+    // clock() counts from process start: never negative, and this test runs for less than a day.
+    EXPECT_GE(ProcessClock(), 0);
+    EXPECT_LT(ProcessClock(), 24 * 3600 * 1000);
+}
+
+}  // namespace
+}  // namespace pind::platform

@@ -1,0 +1,202 @@
+// The installable seams: engine log, packed resources, window messages, key state and the lock.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "pind/platform/CriticalSection.h"
+#include "pind/platform/EngineLog.h"
+#include "pind/platform/Package.h"
+#include "pind/platform/Window.h"
+#include "support/EngineLogCapture.h"
+
+namespace pind::platform {
+namespace {
+
+TEST(EngineLog, SinkGetsTheFormattedWholeText) {
+    test::EngineLogCapture log;
+    PindLogMsg("%s=%d", "level", 3);
+    const std::string longText(5000, 'a');  // longer than the stack buffer
+    PindLogMsg("%s!", longText.c_str());
+    PindLogMsg(nullptr);
+    const std::vector<std::string> lines = log.Lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "level=3");
+    EXPECT_EQ(lines[1], longText + "!");
+}
+
+TEST(EngineLog, SetReturnsThePreviousSink) {
+    auto first = [](const char*) {};
+    EngineLogSink before = SetEngineLogSink(first);
+    EXPECT_EQ(SetEngineLogSink(before), static_cast<EngineLogSink>(first));
+}
+
+// A package that serves a few in-memory files and counts what it was asked.
+class MemoryPackage : public IPindPackage {
+public:
+    std::map<std::string, std::string> files;
+    int closes = 0;
+    int undumps = 0;
+
+    int Open(const char* name, PackHandle* handle) override {
+        auto it = files.find(name);
+        if (it == files.end()) {
+            return 1;
+        }
+        *handle = &it->second;
+        return 0;
+    }
+    uint32_t GetLen(PackHandle h) override {
+        return static_cast<uint32_t>(static_cast<std::string*>(h)->size());
+    }
+    uint32_t Read(void* buffer, uint32_t size, uint32_t count, PackHandle h) override {
+        const std::string& s = *static_cast<std::string*>(h);
+        const uint32_t n = std::min<uint32_t>(size * count, static_cast<uint32_t>(s.size()));
+        std::memcpy(buffer, s.data(), n);
+        return n;
+    }
+    void Close(PackHandle) override { ++closes; }
+    int Exist(const char* name, int) override { return files.count(name) != 0 ? 1 : 0; }
+    int Dump(const char* name, void** buffer, int32_t* length, int) override {
+        auto it = files.find(name);
+        if (it == files.end()) {
+            return -2;
+        }
+        *buffer = const_cast<char*>(it->second.data());
+        *length = static_cast<int32_t>(it->second.size());
+        return 0;
+    }
+    void Undump(void*) override { ++undumps; }
+};
+
+TEST(Package, WithoutAPackageEveryCallFails) {
+    ASSERT_EQ(GetPackage(), nullptr);
+    PackHandle h = nullptr;
+    char buf[4];
+    void* data = nullptr;
+    int32_t length = 0;
+    EXPECT_NE(VoFOpen("a.txt", &h), 0);
+    EXPECT_EQ(VoFGetLen(h), 0u);
+    EXPECT_EQ(VOFRead(buf, 1, 4, h), 0u);
+    VoFClose(h);
+    EXPECT_EQ(VoFExist("a.txt", 0), 0);
+    EXPECT_NE(VoFDump("a.txt", &data, &length, 0), 0);
+    VoFUndump(data);
+}
+
+TEST(Package, InstalledPackageServesTheEntryPoints) {
+    MemoryPackage pack;
+    pack.files["ini/a.ini"] = "[s]\nk=1\n";
+    ASSERT_EQ(SetPackage(&pack), nullptr);
+
+    PackHandle h = nullptr;
+    ASSERT_EQ(VoFOpen("ini/a.ini", &h), 0);
+    ASSERT_EQ(VoFGetLen(h), 8u);
+    char buf[8];
+    EXPECT_EQ(VOFRead(buf, 1, 8, h), 8u);
+    EXPECT_EQ(std::string(buf, 8), "[s]\nk=1\n");
+    VoFClose(h);
+    EXPECT_EQ(pack.closes, 1);
+    EXPECT_NE(VoFOpen("ini/b.ini", &h), 0);
+    EXPECT_NE(VoFOpen(nullptr, &h), 0);
+    EXPECT_EQ(VoFExist("ini/a.ini", 0), 1);
+    EXPECT_EQ(VoFExist("ini/b.ini", 0), 0);
+
+    void* data = nullptr;
+    int32_t length = 0;
+    EXPECT_EQ(VoFDump("ini/a.ini", &data, &length, 1), 0);
+    EXPECT_EQ(length, 8);
+    VoFUndump(data);
+    VoFUndump(nullptr);  // null is not passed on
+    EXPECT_EQ(pack.undumps, 1);
+
+    EXPECT_EQ(SetPackage(nullptr), &pack);
+}
+
+class RecordingSink : public IWindowMessageSink {
+public:
+    struct Post {
+        HWND hWnd;
+        UINT msg;
+        WPARAM wParam;
+        LPARAM lParam;
+    };
+    std::vector<Post> posts;
+    BOOL PostWindowMessage(HWND hWnd, UINT msg, WPARAM wParam, LPARAM lParam) override {
+        posts.push_back({hWnd, msg, wParam, lParam});
+        return 1;
+    }
+    BOOL ScreenToClient(HWND, POINT* point) override {
+        point->x -= 10;
+        point->y -= 20;
+        return 1;
+    }
+};
+
+TEST(Window, InstalledSinkGetsPostsAndConversions) {
+    RecordingSink sink;
+    IWindowMessageSink* before = SetWindowMessageSink(&sink);
+    HWND window = reinterpret_cast<HWND>(uintptr_t{0x1234});
+    EXPECT_EQ(PostWindowMessage(window, WM_USER + 1, 5, -6), 1);
+    ASSERT_EQ(sink.posts.size(), 1u);
+    EXPECT_EQ(sink.posts[0].hWnd, window);
+    EXPECT_EQ(sink.posts[0].msg, static_cast<UINT>(WM_USER + 1));
+    EXPECT_EQ(sink.posts[0].wParam, 5u);
+    EXPECT_EQ(sink.posts[0].lParam, -6);
+    POINT p{100, 100};
+    EXPECT_EQ(ScreenToClient(window, &p), 1);
+    EXPECT_EQ(p.x, 90);
+    EXPECT_EQ(p.y, 80);
+    EXPECT_EQ(ScreenToClient(window, nullptr), 0);
+    EXPECT_EQ(SetWindowMessageSink(before), &sink);
+}
+
+TEST(Window, KeyStateSourceAnswersUntilRemoved) {
+    KeyStateSource before = SetKeyStateSource([](int key) -> int16_t {
+        return key == 17 ? static_cast<int16_t>(0x8000) : 0;
+    });
+    EXPECT_NE(GetAsyncKeyState(17) & 0x8000, 0);
+    EXPECT_EQ(GetAsyncKeyState(37), 0);
+    SetKeyStateSource(before);
+}
+
+TEST(CriticalSection, IsRecursiveAndExcludesOtherThreads) {
+    CriticalSection cs;
+    cs.Enter();
+    cs.Enter();
+    std::atomic<bool> otherGotIt{true};
+    std::thread t([&] { otherGotIt = cs.TryEnter(); });
+    t.join();
+    EXPECT_FALSE(otherGotIt);
+    cs.Leave();
+    cs.Leave();
+    std::thread u([&] {
+        otherGotIt = cs.TryEnter();
+        if (otherGotIt) {
+            cs.Leave();
+        }
+    });
+    u.join();
+    EXPECT_TRUE(otherGotIt);
+}
+
+TEST(CriticalSection, CopyOfAnIdleLockWorks) {
+    CriticalSection original;
+    CriticalSection copy(original);
+    copy.Enter();
+    copy.Leave();
+    CriticalSection assigned;
+    assigned = original;
+    {
+        CriticalSectionGuard guard(assigned);
+        EXPECT_TRUE(assigned.TryEnter());  // recursive for the owner
+        assigned.Leave();
+    }
+}
+
+}  // namespace
+}  // namespace pind::platform

@@ -1,0 +1,182 @@
+// Process and file-system services with the Windows functions' results.
+#include "pind/platform/System.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/TempDir.h"
+
+namespace pind::platform {
+namespace {
+
+TEST(System, ModuleFileNameIsThisProgramAndCutsLikeWindows) {
+    char path[1024];
+    const uint32_t n = ModuleFileName(path, sizeof path);
+    ASSERT_GT(n, 0u);
+    EXPECT_EQ(std::strlen(path), n);
+    EXPECT_NE(std::string(path).find("pind_platform_tests"), std::string::npos) << path;
+
+    char small[8];
+    EXPECT_EQ(ModuleFileName(small, sizeof small), sizeof small);  // cut: the size comes back
+    EXPECT_EQ(std::strlen(small), sizeof small - 1);
+    EXPECT_EQ(std::string(small), std::string(path, sizeof small - 1));
+    EXPECT_EQ(ModuleFileName(nullptr, 10), 0u);
+}
+
+TEST(System, ProcessIdIsStable) {
+    EXPECT_NE(CurrentProcessId(), 0u);
+    EXPECT_EQ(CurrentProcessId(), CurrentProcessId());
+}
+
+TEST(System, MakeDirCreatesOnceAndAttributesTellWhatIsThere) {
+    test::TempDir dir;
+    const std::string sub = dir.File("logs");
+    EXPECT_EQ(FileAttributes(sub.c_str()), kInvalidFileAttributes);
+    EXPECT_EQ(MakeDir(sub.c_str()), 0);
+    errno = 0;
+    EXPECT_EQ(MakeDir(sub.c_str()), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_NE(FileAttributes(sub.c_str()) & kFileAttributeDirectory, 0u);
+    EXPECT_EQ(MakeDir(dir.File("no/such/parent").c_str()), -1);
+    EXPECT_EQ(MakeDir(nullptr), -1);
+
+    const std::string file = dir.Write("a.txt", "abc");
+    const uint32_t attributes = FileAttributes(file.c_str());
+    EXPECT_NE(attributes, kInvalidFileAttributes);
+    EXPECT_EQ(attributes & kFileAttributeDirectory, 0u);
+    EXPECT_EQ(FileAttributes(nullptr), kInvalidFileAttributes);
+}
+
+TEST(System, StreamLengthAndWideSeeks) {
+    test::TempDir dir;
+    const std::string file = dir.Write("data.bin", std::string(1000, 'x'));
+    std::FILE* f = std::fopen(file.c_str(), "rb");
+    ASSERT_NE(f, nullptr);
+    const int fd = FileNo(f);
+    EXPECT_EQ(FileLength(fd), 1000);
+    EXPECT_EQ(FileLength64(fd), 1000);
+    EXPECT_EQ(Seek64(f, 600, SEEK_SET), 0);
+    EXPECT_EQ(Tell64(f), 600);
+    EXPECT_EQ(Seek64(f, -100, SEEK_END), 0);
+    EXPECT_EQ(Tell64(f), 900);
+    EXPECT_EQ(Seek64(f, -2000, SEEK_CUR), -1);
+    std::fclose(f);
+    EXPECT_EQ(FileNo(nullptr), -1);
+    EXPECT_EQ(FileLength(-1), -1);
+    EXPECT_EQ(Seek64(nullptr, 0, SEEK_SET), -1);
+    EXPECT_EQ(Tell64(nullptr), -1);
+}
+
+TEST(System, PrivateProfileIntReadsLikeWindows) {
+    test::TempDir dir;
+    const std::string ini = dir.Write("GameSetup.ini",
+                                      "; comment\n"
+                                      "Stray=5\n"
+                                      "[Other]\n"
+                                      "Profile=9\n"
+                                      "[ framerate ]\n"
+                                      "  PROFILE = 1\n"
+                                      "ProfileInterval=0x14\n"
+                                      "Negative=-5\n"
+                                      "Trailing=12abc\n"
+                                      "Letters=abc\n"
+                                      "Empty=\n"
+                                      "Quoted=\"42\"\n"
+                                      "Binary=0b101\n"
+                                      ";Commented=3\n");
+    struct Case {
+        const char* section;
+        const char* key;
+        int def;
+        uint32_t want;
+    };
+    const Case cases[] = {
+        {"FrameRate", "Profile", 0, 1},          // section and key ignore case and blanks
+        {"FrameRate", "ProfileInterval", 10, 20},
+        {"FrameRate", "Negative", 0, 0xFFFFFFFBu},
+        {"FrameRate", "Trailing", 0, 12},
+        {"FrameRate", "Letters", 7, 0},          // present but not a number: 0
+        {"FrameRate", "Empty", 7, 7},            // empty: the default
+        {"FrameRate", "Quoted", 0, 42},
+        {"FrameRate", "Binary", 0, 5},
+        {"FrameRate", "Commented", 3000, 3000},
+        {"FrameRate", "Stray", 8, 8},            // keys before any section belong to none
+        {"Missing", "Profile", -1, 0xFFFFFFFFu},
+        {"Other", "Profile", 0, 9},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(PrivateProfileInt(c.section, c.key, c.def, ini.c_str()), c.want)
+            << c.section << "/" << c.key;
+    }
+    EXPECT_EQ(PrivateProfileInt("FrameRate", "Profile", 4, dir.File("none.ini").c_str()), 4u);
+    EXPECT_EQ(PrivateProfileInt(nullptr, "Profile", 4, ini.c_str()), 4u);
+}
+
+TEST(System, ThreadTimesGrowWithWork) {
+    ThreadTimes before{};
+    ASSERT_TRUE(GetThreadTimes(&before));
+    volatile double x = 1;
+    for (int i = 0; i < 20000000; ++i) {
+        x = x * 1.0000001;
+    }
+    ThreadTimes after{};
+    ASSERT_TRUE(GetThreadTimes(&after));
+    EXPECT_GE(after.user + after.kernel, before.user + before.kernel);
+    EXPECT_GT(after.user + after.kernel, 0);
+    EXPECT_FALSE(GetThreadTimes(nullptr));
+}
+
+TEST(System, HeapWalkGivesWin32ShapedEntries) {
+    std::vector<char*> blocks;
+    for (int i = 0; i < 64; ++i) {
+        blocks.push_back(new char[1000]);
+    }
+    HeapHandle handles[255];
+    const uint32_t count = ProcessHeaps(255, handles);
+    ASSERT_GE(count, 1u);
+    EXPECT_EQ(ProcessHeaps(0, nullptr), count);
+    uint64_t committed = 0;
+    for (uint32_t i = 0; i < count && i < 255; ++i) {
+        std::vector<HeapEntry> entries;
+        ASSERT_TRUE(WalkHeap(handles[i], &entries)) << i;
+        for (const HeapEntry& e : entries) {
+            if (e.flags == kHeapEntryBusy || e.flags == 0) {
+                committed += e.dataSize;
+            }
+        }
+    }
+    EXPECT_GT(committed, 64u * 1000u);
+    std::vector<HeapEntry> none;
+    EXPECT_FALSE(WalkHeap(nullptr, &none));
+    for (char* b : blocks) {
+        delete[] b;
+    }
+}
+
+TEST(System, ReadableStringProbeDoesNotFault) {
+    const char text[] = "hello";
+    EXPECT_TRUE(IsReadableString(text, 1));
+    EXPECT_TRUE(IsReadableString(text, 100000));  // stops at the terminator
+    EXPECT_TRUE(IsReadableString(text, 0));
+    EXPECT_FALSE(IsReadableString(nullptr, 1));
+    EXPECT_FALSE(IsReadableString(reinterpret_cast<const char*>(uintptr_t{16}), 1));
+}
+
+TEST(System, SetEnvSetsAndRemoves) {
+    ASSERT_TRUE(SetEnv("PIND_TEST_VARIABLE", "on"));
+    const char* v = std::getenv("PIND_TEST_VARIABLE");
+    ASSERT_NE(v, nullptr);
+    EXPECT_STREQ(v, "on");
+    ASSERT_TRUE(SetEnv("PIND_TEST_VARIABLE", nullptr));
+    v = std::getenv("PIND_TEST_VARIABLE");
+    EXPECT_TRUE(v == nullptr || *v == '\0');
+    EXPECT_FALSE(SetEnv(nullptr, "x"));
+}
+
+}  // namespace
+}  // namespace pind::platform
