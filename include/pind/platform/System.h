@@ -37,6 +37,9 @@ PIND_API int FileNo(std::FILE* stream);
 /// `_fseeki64` / `_ftelli64`: 0 / the position on success, -1 on failure.
 PIND_API int Seek64(std::FILE* stream, int64_t offset, int whence);
 PIND_API int64_t Tell64(std::FILE* stream);
+/// `_setmode(_fileno(stream), _O_BINARY)`: no newline translation on the stream (a no-op on POSIX).
+/// False for a null stream or when the mode cannot be set.
+PIND_API bool SetBinaryMode(std::FILE* stream);
 
 constexpr uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;  // INVALID_FILE_ATTRIBUTES
 constexpr uint32_t kFileAttributeReadonly = 0x01;

@@ -62,6 +62,8 @@ int64_t FileLength64(int fd) {
 
 int FileNo(std::FILE* stream) { return stream != nullptr ? fileno(stream) : -1; }
 
+bool SetBinaryMode(std::FILE* stream) { return stream != nullptr; }
+
 int Seek64(std::FILE* stream, int64_t offset, int whence) {
     if (stream == nullptr) {
         return -1;

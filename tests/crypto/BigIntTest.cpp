@@ -1,0 +1,176 @@
+// Int128 and Int512 against std::bitset on random values, and the quirks the client relies on.
+#include <gtest/gtest.h>
+
+#include <bitset>
+#include <random>
+#include <vector>
+
+#include "pind/crypto/BigInt.h"
+
+namespace {
+
+using Bits = std::bitset<512>;
+
+Bits ToBits(const Int512& v) {
+    Bits bits;
+    for (int i = 0; i < 512; ++i) {
+        bits[i] = (v.words[i / 32] >> (i % 32)) & 1;
+    }
+    return bits;
+}
+Bits ToBits(const Int128& v) { return (Bits(v.high) << 64) | Bits(v.low); }
+
+// Sparse words as well as dense ones, so that zero words and single bits occur.
+uint32_t RandomWord(std::mt19937_64& rng) {
+    const uint32_t kind = rng() % 4;
+    return kind == 0 ? 0 : kind == 1 ? uint32_t{1} << (rng() % 32) : static_cast<uint32_t>(rng());
+}
+uint64_t Random64(std::mt19937_64& rng) {
+    return (uint64_t{RandomWord(rng)} << 32) | RandomWord(rng);
+}
+
+TEST(BigInt, Int512MatchesBitset) {
+    std::mt19937_64 rng(20240601);
+    for (int round = 0; round < 500; ++round) {
+        uint32_t wa[16], wb[16];
+        for (int i = 0; i < 16; ++i) {
+            wa[i] = RandomWord(rng);
+            wb[i] = RandomWord(rng);
+        }
+        const Int512 a(wa, 16), b(wb, 16);
+        const Bits ba = ToBits(a), bb = ToBits(b);
+        ASSERT_EQ(ToBits(a & b), ba & bb);
+        ASSERT_EQ(ToBits(a | b), ba | bb);
+        ASSERT_EQ(ToBits(~a), ~ba);
+        ASSERT_EQ(ToBits(Int512(a) &= b), ba & bb);
+        ASSERT_EQ(ToBits(Int512(a) |= b), ba | bb);
+        const Int128 m(Random64(rng), Random64(rng));
+        ASSERT_EQ(ToBits(a & m), ba & ToBits(m));
+        ASSERT_EQ(ToBits(a & m.low), ba & Bits(m.low));
+        ASSERT_EQ(a == b, ba == bb);
+        Int512 shifted = a;
+        shifted.ShiftLeftOne();
+        ASSERT_EQ(ToBits(shifted), ba << 1);
+
+        int top = 511, lowest = 0;  // 0-based highest and lowest set bits
+        while (top >= 0 && !ba[top]) --top;
+        while (lowest < 512 && !ba[lowest]) ++lowest;
+        ASSERT_EQ(a.HighBitIndex(), top < 0 ? 0u : uint32_t(top % 32 + 1 + 4 * (top / 32)));
+        int topOfLowWord = lowest / 32 * 32 + 31;
+        while (lowest < 512 && !ba[topOfLowWord]) --topOfLowWord;
+        ASSERT_EQ(a.LowWordTopBit(), lowest == 512 ? 481u : uint32_t(topOfLowWord + 1));
+
+        std::vector<uint32_t> otherOnly{99}, thisOnly{99}, wantOther, wantThis;
+        a.DiffBits(b, otherOnly, thisOnly);
+        bool less = false, decided = false;
+        for (uint32_t p = 1; p <= 512; ++p) {
+            if (ba[p - 1] != bb[p - 1]) (ba[p - 1] ? wantThis : wantOther).push_back(p);
+            if (!decided && ba[512 - p] != bb[512 - p]) {
+                less = bb[512 - p];
+                decided = true;
+            }
+        }
+        ASSERT_EQ(otherOnly, wantOther);
+        ASSERT_EQ(thisOnly, wantThis);
+        ASSERT_EQ(a < b, less);
+    }
+}
+
+TEST(BigInt, Int128MatchesBitset) {
+    std::mt19937_64 rng(7);
+    for (int round = 0; round < 500; ++round) {
+        const Int128 a(Random64(rng), Random64(rng)), b(Random64(rng), Random64(rng));
+        const uint64_t s = Random64(rng);
+        const auto n = static_cast<int32_t>(RandomWord(rng));
+        const Bits ba = ToBits(a), bb = ToBits(b), bn(static_cast<uint64_t>(int64_t{n}));
+        const Bits low64(UINT64_MAX);
+        ASSERT_EQ(ToBits(a & b), ba & bb);
+        ASSERT_EQ(ToBits(a | b), ba | bb);
+        ASSERT_EQ(ToBits(~a), ~ba & (low64 << 64 | low64));
+        ASSERT_EQ(ToBits(a & s), ba & Bits(s));
+        ASSERT_EQ(ToBits(a & n), ba & bn);  // sign-extended to 64 bits only
+        ASSERT_EQ(ToBits(Int128(a) &= n), ba & bn);
+        ASSERT_EQ(ToBits(Int128(a) |= n), ba | bn);
+        ASSERT_EQ(ToBits(Int128(a) |= s), ba | Bits(s));
+        ASSERT_EQ(ToBits(Int128(a) &= b), ba & bb);
+        ASSERT_EQ(ToBits(Int128(a) |= b), ba | bb);
+        ASSERT_EQ(a == b, ba == bb);
+        ASSERT_TRUE(Int128(s) == s && Int128(uint64_t{1}, s) != s && Int128(n) == n);
+    }
+}
+
+TEST(BigInt, Int128ConstructorsAndSignedOrder) {
+    const Int128 abcd(0x01020304u, 0x05060708u, 0x090A0B0Cu, 0x0D0E0F10u);
+    EXPECT_EQ(abcd, Int128(uint64_t{0x0102030405060708}, uint64_t{0x090A0B0C0D0E0F10}));
+    EXPECT_EQ(Int128(int32_t{-1}), Int128(uint64_t{0}, UINT64_MAX));
+    EXPECT_EQ(Int128(int64_t{-2}), Int128(uint64_t{0}, UINT64_MAX - 1));
+    Int128 v(uint64_t{9}, uint64_t{9});
+    EXPECT_TRUE((v = int32_t{-3}) == -3);
+    EXPECT_TRUE((v = uint64_t{7}) == uint64_t{7});
+    // The lower halves compare signed, as the client's sorted masks expect.
+    EXPECT_TRUE(Int128(0u, uint64_t{0x8000000000000000}) < Int128(0u, uint64_t{1}));
+    EXPECT_TRUE(Int128(uint64_t{0x8000000000000000}, 0u) < Int128(0u, uint64_t{0}));
+    EXPECT_FALSE(Int128(uint64_t{1}, 0u) < Int128(uint64_t{1}, 0u));
+    EXPECT_EQ(Int128(uint64_t{5}, uint64_t{7}) &= 3, Int128(0u, uint64_t{3}));
+    EXPECT_EQ(Int128(uint64_t{5}, uint64_t{7}) |= 8, Int128(uint64_t{5}, uint64_t{15}));
+}
+
+TEST(BigInt, Int512ConstructorsPlaceWords) {
+    const uint32_t four[16] = {1, 0, 2, 0, 3, 0, 4, 0};
+    EXPECT_EQ(Int512(uint64_t{4}, uint64_t{3}, uint64_t{2}, uint64_t{1}), Int512(four, 16));
+    const uint32_t eight[16] = {1, 1, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8, 0};
+    EXPECT_EQ(Int512(8, 7, 6, 5, 4, 3, 2, 0x100000001u), Int512(eight, 16));
+    const Int128 hi(uint64_t{0xA}, uint64_t{0xB}), lo(uint64_t{0xC}, uint64_t{0xD});
+    const uint32_t two[16] = {0xD, 0, 0xC, 0, 0xB, 0, 0xA, 0, 0xD, 0, 0xC, 0, 0xB, 0, 0xA, 0};
+    EXPECT_EQ(Int512(hi, lo), Int512(two, 8));
+    EXPECT_EQ(Int512(hi, lo, hi, lo), Int512(two, 16));
+    EXPECT_TRUE(Int512(lo) == lo);
+    const uint32_t many[20] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
+    EXPECT_EQ(Int512(many, 20).words[15], 16u);
+    EXPECT_TRUE(Int512(nullptr, 5) == 0u);
+    EXPECT_FALSE(Int512(uint64_t{0x100000000}) == 0u);
+}
+
+struct BitCase {
+    int32_t nBit;
+    int nWord;  // -1: the value is zero
+    uint32_t nWordValue, nHighBit, nLowWordTop;
+};
+
+class Int512Bit : public ::testing::TestWithParam<BitCase> {};
+
+TEST_P(Int512Bit, FromBitIndexAndQueries) {
+    const BitCase& c = GetParam();
+    const Int512 v = Int512::FromBitIndex(c.nBit);
+    uint32_t want[16] = {};
+    if (c.nWord >= 0) {
+        want[c.nWord] = c.nWordValue;
+    }
+    EXPECT_EQ(v, Int512(want, 16));
+    EXPECT_EQ(v.HighBitIndex(), c.nHighBit);  // bits + 4 per word, not 32
+    EXPECT_EQ(v.LowWordTopBit(), c.nLowWordTop);
+}
+
+INSTANTIATE_TEST_SUITE_P(Edges, Int512Bit,
+                         ::testing::Values(BitCase{1, 0, 1, 1, 1}, BitCase{3, 0, 4, 3, 3},
+                                           BitCase{32, 0, 0x80000000u, 32, 32},
+                                           BitCase{33, 1, 1, 5, 33}, BitCase{40, 1, 0x80, 12, 40},
+                                           BitCase{512, 15, 0x80000000u, 92, 512},
+                                           BitCase{0, -1, 0, 0, 481}, BitCase{513, -1, 0, 0, 481},
+                                           BitCase{-5, -1, 0, 0, 481}));
+
+TEST(BigInt, Int512ShiftAndDiff) {
+    Int512 v = Int512::FromBitIndex(32);
+    v.ShiftLeftOne();
+    EXPECT_EQ(v, Int512::FromBitIndex(33));
+    Int512 top = Int512::FromBitIndex(512);
+    top.ShiftLeftOne();
+    EXPECT_TRUE(top == 0u);
+    std::vector<uint32_t> otherOnly, thisOnly;
+    (Int512::FromBitIndex(1) | Int512::FromBitIndex(3))
+        .DiffBits(Int512::FromBitIndex(3) | Int512::FromBitIndex(70), otherOnly, thisOnly);
+    EXPECT_EQ(otherOnly, std::vector<uint32_t>{70});
+    EXPECT_EQ(thisOnly, std::vector<uint32_t>{1});
+}
+
+}  // namespace
