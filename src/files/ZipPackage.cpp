@@ -1,0 +1,147 @@
+#include "pind/files/ZipPackage.h"
+
+#include <unzip.h>
+
+#include <algorithm>
+#include <map>
+
+#include "files/PackageFiles.h"
+
+namespace {
+
+constexpr size_t kReadChunk = 64 * 1024;
+
+}  // namespace
+
+struct CZipPackage::Impl {
+    unzFile archive = nullptr;
+    std::map<std::string, unz_file_pos> index;  // lower-cased joined name -> entry
+    std::vector<std::string> names;             // as stored, archive order
+    pind::platform::CriticalSection cs;         // guards the archive's current-entry state
+    pind::detail::PackageFiles files;
+
+    void BuildIndex() {
+        for (int nAt = unzGoToFirstFile(archive); nAt == UNZ_OK; nAt = unzGoToNextFile(archive)) {
+            unz_file_info info;
+            char szName[1024];
+            if (unzGetCurrentFileInfo(archive, &info, szName, sizeof szName, nullptr, 0, nullptr,
+                                      0) != UNZ_OK) {
+                break;
+            }
+            const std::string stored = szName;
+            std::vector<std::string> parts;
+            if (stored.empty() || stored.back() == '/' || stored.back() == '\\' ||
+                !pind::detail::SplitPackName(szName, &parts)) {
+                continue;
+            }
+            unz_file_pos pos;
+            if (unzGetFilePos(archive, &pos) != UNZ_OK) {
+                break;
+            }
+            if (index.emplace(pind::detail::JoinPackName(parts), pos).second) {
+                names.push_back(stored);
+            }
+        }
+    }
+
+    const unz_file_pos* Find(const char* pszName) const {
+        std::vector<std::string> parts;
+        if (!pind::detail::SplitPackName(pszName, &parts)) {
+            return nullptr;
+        }
+        const auto it = index.find(pind::detail::JoinPackName(parts));
+        return it != index.end() ? &it->second : nullptr;
+    }
+
+    // Inflates the whole entry; false for a missing or damaged one (bad data or checksum).
+    bool Load(const char* pszName, std::vector<uint8_t>* pBytes) {
+        pind::platform::CriticalSectionGuard guard(cs);
+        const unz_file_pos* pPos = archive != nullptr ? Find(pszName) : nullptr;
+        if (pPos == nullptr) {
+            return false;
+        }
+        unz_file_pos pos = *pPos;
+        unz_file_info info;
+        if (unzGoToFilePos(archive, &pos) != UNZ_OK ||
+            unzGetCurrentFileInfo(archive, &info, nullptr, 0, nullptr, 0, nullptr, 0) != UNZ_OK ||
+            info.uncompressed_size > pind::detail::kMaxPackFileSize ||
+            unzOpenCurrentFile(archive) != UNZ_OK) {
+            return false;
+        }
+        // The declared size only sizes the first reservation; a lying header cannot make us
+        // allocate more than the data really inflates to.
+        pBytes->clear();
+        pBytes->reserve(std::min<size_t>(info.uncompressed_size, 16u << 20));
+        bool bOk = true;
+        for (;;) {
+            const size_t nAt = pBytes->size();
+            pBytes->resize(nAt + kReadChunk);
+            const int nRead = unzReadCurrentFile(archive, pBytes->data() + nAt,
+                                                 static_cast<unsigned>(kReadChunk));
+            pBytes->resize(nAt + static_cast<size_t>(nRead > 0 ? nRead : 0));
+            if (nRead < 0 || pBytes->size() > pind::detail::kMaxPackFileSize) {
+                bOk = false;
+                break;
+            }
+            if (nRead == 0) {
+                break;
+            }
+        }
+        if (unzCloseCurrentFile(archive) != UNZ_OK) {
+            bOk = false;
+        }
+        return bOk;
+    }
+};
+
+CZipPackage::CZipPackage(const std::string& archive) : m_impl(std::make_unique<Impl>()) {
+    m_impl->archive = unzOpen(archive.c_str());
+    if (m_impl->archive != nullptr) {
+        m_impl->BuildIndex();
+    }
+}
+
+CZipPackage::~CZipPackage() {
+    if (m_impl->archive != nullptr) {
+        unzClose(m_impl->archive);
+    }
+}
+
+bool CZipPackage::IsOpen() const { return m_impl->archive != nullptr; }
+
+std::vector<std::string> CZipPackage::List() const { return m_impl->names; }
+
+int CZipPackage::Open(const char* name, pind::platform::PackHandle* handle) {
+    std::vector<uint8_t> bytes;
+    if (handle == nullptr || !m_impl->Load(name, &bytes)) {
+        return -1;
+    }
+    *handle = m_impl->files.Add(std::move(bytes));
+    return 0;
+}
+
+uint32_t CZipPackage::GetLen(pind::platform::PackHandle handle) {
+    return m_impl->files.GetLen(handle);
+}
+
+uint32_t CZipPackage::Read(void* buffer, uint32_t size, uint32_t count,
+                           pind::platform::PackHandle handle) {
+    return m_impl->files.Read(buffer, size, count, handle);
+}
+
+void CZipPackage::Close(pind::platform::PackHandle handle) { m_impl->files.Close(handle); }
+
+int CZipPackage::Exist(const char* name, int) {
+    pind::platform::CriticalSectionGuard guard(m_impl->cs);
+    return m_impl->Find(name) != nullptr ? 1 : 0;
+}
+
+int CZipPackage::Dump(const char* name, void** buffer, int32_t* length, int) {
+    std::vector<uint8_t> bytes;
+    if (buffer == nullptr || length == nullptr || !m_impl->Load(name, &bytes)) {
+        return -1;
+    }
+    return m_impl->files.Dump(bytes, buffer, length);
+}
+
+void CZipPackage::Undump(void* buffer) { m_impl->files.Undump(buffer); }
