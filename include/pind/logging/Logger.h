@@ -49,7 +49,8 @@ public:
     CLoggerWriterDirctToFile* Writer() { return m_pWriter; }
 
 private:
-    void* m_pReserved = nullptr;
+    // The client's layout has a pointer-sized field first, always zero; nothing reads it.
+    [[maybe_unused]] void* m_pReserved = nullptr;
     LoggerConfig m_config;
     CLoggerWriterDirctToFile* m_pWriter;
 };
