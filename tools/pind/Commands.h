@@ -18,9 +18,18 @@ void DemoHeading(const char* title);
 
 // Demo steps, in the order the demo runs them.
 void DemoClient(const DemoContext& ctx);
+void DemoCrypt(const DemoContext& ctx);
+void DemoLogging(const DemoContext& ctx);
+void DemoFiles(const DemoContext& ctx);
+void DemoIni(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
+int RunCrypt(int argc, char** argv);
+int RunLog(int argc, char** argv);
+int RunZip(int argc, char** argv);
+int RunPack(int argc, char** argv);
+int RunIni(int argc, char** argv);
 
 }  // namespace pind::tool
 

@@ -17,6 +17,10 @@ struct DemoStep {
 
 const DemoStep kSteps[] = {
     {"client", DemoClient},
+    {"crypt", DemoCrypt},
+    {"logging", DemoLogging},
+    {"files", DemoFiles},
+    {"ini", DemoIni},
 };
 
 std::string ScratchFolder() {

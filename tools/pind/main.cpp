@@ -16,6 +16,17 @@ struct Command {
 const Command kCommands[] = {
     {"demo", "demo [--data DIR] [--keep]  run the library end to end on the sample data",
      pind::tool::RunDemo},
+    {"crypt", "crypt KEYHEX [--decrypt] [--change-code N]  stream-cipher standard input to output",
+     pind::tool::RunCrypt},
+    {"log", "log [--level NAME] [--cate C] [--folder F] MESSAGE [key=value ...]  write one record",
+     pind::tool::RunLog},
+    {"zip", "zip first ARCHIVE -o OUT  write the archive's first entry to OUT", pind::tool::RunZip},
+    {"pack", "pack (ls | cat) (--dir DIR | --zip ARCHIVE) [NAME]  list or print packaged files",
+     pind::tool::RunPack},
+    {"ini",
+     "ini (show FILE [--key KEY | --scrambled] [--get SECTION KEY] | scramble SRC DST KEY | set "
+     "FILE SECTION KEY VALUE)  read, scramble or edit an INI file",
+     pind::tool::RunIni},
 };
 
 void PrintHelp(std::FILE* out) {

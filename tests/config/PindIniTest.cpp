@@ -1,0 +1,497 @@
+// CPindIni: the line rules of the three forms, look-ups and their reports, the walk, the writers
+// and SetValue. Files are served from a temp folder through the recording client.
+// Not covered: a failing allocation in Create (no injection point for operator new).
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "pind/config/PindIni.h"
+#include "pind/crypto/KeyCipher.h"
+#include "support/EngineLogCapture.h"
+#include "support/PackFileServing.h"
+#include "support/RecordingClient.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using pind::test::EngineLogCapture;
+using pind::test::RecordingClient;
+using pind::test::RecordingDebug;
+using pind::test::TempDir;
+
+// "[name]{k=v,...}" per record in walk order; "[name]null" for a section without a key table.
+std::string Walk(CPindIni& ini) {
+    std::string text;
+    for (bool more = ini.FirstSection(); more; more = ini.NextSection()) {
+        const CPindIni::SectionRecord* pRecord = ini.GetCurrentSection();
+        text += "[" + pRecord->strName + "]";
+        if (pRecord->pKeys == nullptr) {
+            text += "null";
+            continue;
+        }
+        text += "{";
+        for (const auto& [key, value] : *pRecord->pKeys) {
+            text += key + "=" + value + ",";
+        }
+        text += "}";
+    }
+    return text;
+}
+
+std::string Int32Bytes(int32_t n) {
+    std::string bytes(4, '\0');
+    std::memcpy(&bytes[0], &n, 4);
+    return bytes;
+}
+
+// One record of the keyed form.
+std::string Record(std::string line, const char* pszKey) {
+    CPindIni::Scramble(&line[0], static_cast<int>(line.size()), pszKey);
+    return Int32Bytes(static_cast<int32_t>(line.size())) + line;
+}
+
+class PindIniTest : public ::testing::Test {
+protected:
+    PindIniTest() { pind::test::ServeFilesFrom(m_client, m_dir.Path()); }
+
+    RecordingClient m_client;
+    TempDir m_dir;
+};
+
+struct LineCase {
+    const char* pszText;
+    const char* pszSection;
+    const char* pszKey;
+    const char* pszWant;  // null: the look-up misses
+};
+
+class PindIniLines : public PindIniTest, public ::testing::WithParamInterface<LineCase> {};
+
+TEST_P(PindIniLines, PlainLoadReadsValueOrMisses) {
+    const LineCase& c = GetParam();
+    m_dir.Write("a.ini", c.pszText);
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("a.ini"));
+    const char* pszGot = ini.GetString(c.pszSection, c.pszKey, nullptr);
+    if (c.pszWant == nullptr) {
+        EXPECT_EQ(pszGot, nullptr) << c.pszText << " gave " << pszGot;
+    } else {
+        ASSERT_NE(pszGot, nullptr) << c.pszText;
+        EXPECT_STREQ(pszGot, c.pszWant) << c.pszText;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, PindIniLines,
+    ::testing::Values(
+        LineCase{"[s]\na=b\n", "s", "a", "b"}, LineCase{"[s]\na=b", "s", "a", "b"},
+        LineCase{"[s]\na=\n", "s", "a", nullptr}, LineCase{"[s]\na=", "s", "a", nullptr},
+        LineCase{"[s]\nab=\n", "s", "ab", ""}, LineCase{"[s]\r\nab=\r\n", "s", "ab", ""},
+        LineCase{"[s]\r\nk=\r\n", "s", "k", nullptr},
+        LineCase{"[s]\nkey\t\t=\t value \t# x\n", "s", "key", " value "},
+        LineCase{"[s]\nkey = value\n", "s", "key ", " value"},
+        LineCase{"[s]\nkey = value\n", "s", "key", nullptr},
+        LineCase{"[s]\n key=value\n", "s", " key", nullptr},
+        LineCase{"[s]\n\tkey=value\n", "s", "\tkey", nullptr},
+        LineCase{"[s]\n=value\n", "s", "", nullptr}, LineCase{"[s]\n\\k=v\n", "s", "\\k", nullptr},
+        LineCase{"[s]\n/k=v\n", "s", "/k", nullptr}, LineCase{"[s]\n;k=v\n", "s", ";k", nullptr},
+        LineCase{"[s]\n#k=v\n", "s", "#k", "v"}, LineCase{"[s]\nkv\n", "s", "kv", nullptr},
+        LineCase{"[s]\nk=v=w\n", "s", "k", "v=w"}, LineCase{"[s]\nk=a b\tc\n", "s", "k", "a b"},
+        LineCase{"[s]\r\nk=v\r\n", "s", "k", "v"}, LineCase{"[s]\nk=v\r", "s", "k", "v"},
+        LineCase{"[s]\nk=v\rw\n", "s", "k", "v"},
+        LineCase{"[Name] trailing ]\nk=v\n", "Name] trailing ", "k", "v"},
+        LineCase{"[a]b]\nk=v\n", "a]b", "k", "v"}, LineCase{"[s] x\nk=v\n", "s", "k", "v"},
+        LineCase{"[s]\n[abc=5\n", "s", "[abc", "5"}, LineCase{"[s\nk=v\n", "s", "k", nullptr},
+        LineCase{"k=v\n[s]\nx=1\n", "s", "k", nullptr},
+        LineCase{"[s]\n[]\nk=v\n", "s", "k", nullptr},
+        LineCase{"[s]\r\n[]\r\nk=v\r\n", "s", "k", "v"}, LineCase{"[s]\nk=a\nk=b\n", "s", "k", "b"},
+        LineCase{"[s]\nk=1\n[s]\nk=2\n", "s", "k", "2"},
+        LineCase{"[s]\nk=1\n[s]\nj=2\n", "s", "k", nullptr},
+        LineCase{" [s]\nk=v\n", "s", "k", nullptr}, LineCase{"//[s]\nk=v\n", "s", "k", nullptr},
+        LineCase{"[\xd6\xd0]\n\xce\xc4=\xd7\xd6\n", "\xd6\xd0", "\xce\xc4", "\xd7\xd6"}));
+
+TEST_F(PindIniTest, WalkKeepsFileOrderDuplicatesAndNullTables) {
+    m_dir.Write("w.ini", "x=0\n[a]\nx=1\n[b]\n[a]\ny=2\n[]\nz=3\n[c]\nk=v\n");
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("w.ini"));
+    EXPECT_EQ(Walk(ini), "[a]{x=1,}[b]null[a]{y=2,}[c]{k=v,}");
+    EXPECT_EQ(ini.GetSectionCount(), 4);
+    EXPECT_TRUE(ini.HasSection("b"));
+    EXPECT_FALSE(ini.HasSection(""));
+    EXPECT_EQ(ini.GetSection("b"), nullptr);
+    EXPECT_FALSE(ini.HasKey("b", "x"));
+    EXPECT_FALSE(ini.HasKey("a", "x"));
+    EXPECT_TRUE(ini.HasKey("a", "y"));
+    EXPECT_FALSE(ini.HasKey(nullptr, "y"));
+
+    ASSERT_TRUE(ini.FirstSection());
+    EXPECT_STREQ(ini.GetCurrentValue("x"), "1");
+    EXPECT_TRUE(ini.NextSection());
+    EXPECT_STREQ(ini.GetCurrentValue("x"), "");
+    EXPECT_TRUE(ini.NextSection());
+    EXPECT_TRUE(ini.NextSection());
+    EXPECT_STREQ(ini.GetCurrentSectionName(), "c");
+    EXPECT_FALSE(ini.NextSection());
+    EXPECT_EQ(ini.GetCurrentSectionName(), nullptr);
+    EXPECT_EQ(ini.GetCurrentSection(), nullptr);
+    EXPECT_STREQ(ini.GetCurrentValue("k"), "");
+    EXPECT_FALSE(ini.NextSection());  // past the end stays past the end
+
+    ini.Clear();
+    EXPECT_FALSE(ini.FirstSection());
+    EXPECT_EQ(ini.GetSectionCount(), 0);
+}
+
+TEST_F(PindIniTest, ConversionsFollowTheCRuntime) {
+    m_dir.Write("n.ini",
+                "[n]\nint=12abc\nneg=-7\nbig=4294967295\nwide=9223372036854775807\nreal=1.5e2\n"
+                "text=abc\n");
+    const CPindIni ini("n.ini", false);
+    EXPECT_EQ(ini.GetInt("n", "int", 0), 12);
+    EXPECT_EQ(ini.GetInt("n", "text", 5), 0);
+    EXPECT_EQ(ini.GetUInt("n", "big", 0), 4294967295u);
+    EXPECT_EQ(ini.GetUInt("n", "neg", 0), 4294967289u);
+    EXPECT_EQ(ini.GetInt64("n", "wide", 0), INT64_MAX);
+    EXPECT_DOUBLE_EQ(ini.GetDouble("n", "real", 0), 150.0);
+    EXPECT_EQ(ini.GetInt("n", "none", -3), -3);
+    EXPECT_EQ(ini.GetUInt("x", "big", 8u), 8u);
+    EXPECT_EQ(ini.GetInt64("x", "wide", -9), -9);
+    EXPECT_DOUBLE_EQ(ini.GetDouble("x", "real", 2.5), 2.5);
+    EXPECT_STREQ(ini.GetFileName(), "n.ini");
+}
+
+TEST_F(PindIniTest, MissesAreReportedOnlyWhenAsked) {
+    m_dir.Write("r.ini", "[Empty]\n[s]\nk=1\n");
+    for (const bool report : {false, true}) {
+        m_client.debugTexts.clear();
+        const CPindIni ini("r.ini", report);
+        EXPECT_EQ(ini.GetInt("Empty", "k", 4), 4);
+        EXPECT_EQ(ini.GetInt("s", "j", 5), 5);
+        EXPECT_STREQ(ini.GetString("t", "k", "d"), "d");
+        EXPECT_EQ(ini.GetSection("t"), nullptr);
+        EXPECT_TRUE(ini.HasSection("Empty"));
+        EXPECT_EQ(ini.GetInt("s", "k", 0), 1);
+        const std::vector<std::string> want =
+            report ? std::vector<std::string>{"section[Empty] not found in r.ini!",
+                                              "section[s], index[j] not found in r.ini!",
+                                              "section[t] not found in r.ini!",
+                                              "section[t] not found in r.ini!"}
+                   : std::vector<std::string>{};
+        EXPECT_EQ(m_client.debugTexts, want) << "report=" << report;
+    }
+}
+
+TEST_F(PindIniTest, TableLookUps) {
+    m_dir.Write("t.ini", "[s]\nk=42\nw=-5000000000\n");
+    const CPindIni ini("t.ini", true);
+    const CPindIni::KeyTable* pTable = ini.GetSection("s");
+    ASSERT_NE(pTable, nullptr);
+    EXPECT_EQ(CPindIni::TableGetInt(pTable, "k", 0), 42);
+    EXPECT_EQ(CPindIni::TableGetInt(pTable, "x", 7), 7);
+    EXPECT_EQ(CPindIni::TableGetInt(nullptr, "k", 7), 7);
+    EXPECT_EQ(CPindIni::TableGetString(pTable, "x"), nullptr);
+    EXPECT_EQ(CPindIni::TableGetString(pTable, nullptr), nullptr);
+    EXPECT_STREQ(CPindIni::TableGetString(pTable, "x", "d"), "d");
+    EXPECT_TRUE(m_client.debugTexts.empty());
+
+    EXPECT_EQ(ini.GetInt(pTable, "k", 0), 42);
+    EXPECT_EQ(ini.GetInt64(pTable, "w", 0), -5000000000);
+    EXPECT_STREQ(ini.GetString(pTable, "k", "d"), "42");
+    EXPECT_TRUE(m_client.debugTexts.empty());
+    EXPECT_EQ(ini.GetInt(pTable, "x", 1), 1);
+    EXPECT_EQ(ini.GetInt64(pTable, "x", 2), 2);
+    EXPECT_STREQ(ini.GetString(pTable, "x", "d"), "d");
+    EXPECT_EQ(ini.GetInt(static_cast<const CPindIni::KeyTable*>(nullptr), "x", 3), 3);
+    ASSERT_EQ(m_client.debugTexts.size(), 4u);
+    // The table's own bytes stand where the section name would.
+    const std::string tail = "], index[x] not found in t.ini!";
+    for (const std::string& text : m_client.debugTexts) {
+        EXPECT_EQ(text.rfind("section[", 0), 0u) << text;
+        EXPECT_EQ(text.substr(text.size() - tail.size()), tail) << text;
+    }
+    EXPECT_EQ(m_client.debugTexts[3], "section[(null)], index[x] not found in t.ini!");
+}
+
+TEST_F(PindIniTest, PreconditionsReportTheirLines) {
+    EngineLogCapture log;
+    RecordingDebug debug;
+    CPindIni ini(true);
+    const char* pszNull = nullptr;
+    EXPECT_EQ(ini.GetInt(pszNull, "k", 1), 1);
+    EXPECT_EQ(ini.GetUInt("s", nullptr, 2u), 2u);
+    EXPECT_EQ(ini.GetInt64(pszNull, nullptr, 3), 3);
+    EXPECT_STREQ(ini.GetString(pszNull, "k", "d"), "d");
+    EXPECT_DOUBLE_EQ(ini.GetDouble(nullptr, "k", 4.0), 4.0);
+    EXPECT_STREQ(ini.GetCurrentValue(nullptr), "");
+    EXPECT_FALSE(ini.Load(nullptr));
+    EXPECT_FALSE(ini.LoadScrambled(nullptr));
+    EXPECT_EQ(CPindIni::Create(nullptr, false, nullptr), nullptr);
+    m_dir.Write("p.ini", "[s]\nk=1\n");
+    EXPECT_FALSE(ini.SetValue("p.ini", nullptr, "k", "v"));
+    EXPECT_FALSE(ini.SetValue("p.ini", "s", "", "v"));
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
+                               "IF_NOT(pszSection && pszIndex) in PindIni, 555",
+                               "IF_NOT(pszSection && pszIndex) in PindIni, 582",
+                               "IF_NOT(pszSection && pszIndex) in PindIni, 641",
+                               "IF_NOT(pszSection && pszIndex) in PindIni, 668",
+                               "IF_NOT(pszIndex) in PindIni, 71",
+                               "IF_NOT(pszIniFile) in PindIni, 278",
+                               "IF_NOT(pszIniFile) in PindIni, 414",
+                               "IF_NOT(pszIniFile) in PindIni, 726",
+                               "IF_NOT(pszSection && pszKey) in PindIni, 898",
+                           }));
+    EXPECT_TRUE(m_client.debugTexts.empty());
+    EXPECT_TRUE(debug.texts.empty());
+}
+
+TEST(PindIniNoClient, LoadingFailsUntilAHostServesFiles) {
+    SetClient(nullptr);
+    CPindIni ini;
+    EXPECT_FALSE(ini.Load("ini/GameSetup.ini"));
+    EXPECT_FALSE(ini.LoadEx("ini/GameSetup.ini", nullptr, false));
+    EXPECT_FALSE(ini.LoadScrambled("ini/GameSetup.ini"));
+    EXPECT_EQ(CPindIni::Create("ini/GameSetup.ini", false, nullptr), nullptr);
+    EXPECT_STREQ(ini.GetFileName(), "ini/GameSetup.ini");
+}
+
+TEST_F(PindIniTest, OpensThroughTheRightSlotAndMode) {
+    m_dir.Write("o.ini", "[s]\nk=1\n");
+    CPindIni ini;
+    ini.Load("o.ini");
+    ini.Load("o.ini", "key", true);
+    ini.LoadEx("o.ini", nullptr, false);
+    ini.LoadScrambled("o.ini");
+    ini.OpenForWrite("w.ini", false);
+    ini.OpenForWrite("w.ini", true);
+    ASSERT_EQ(m_client.opens.size(), 6u);
+    const struct {
+        const char* mode;
+        bool flag;
+        bool extended;
+    } want[] = {{"r", true, false},  {"rb", true, true},   {"r", true, true},
+                {"rb", true, false}, {"wb", false, false}, {"wb", false, true}};
+    for (size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(m_client.opens[i].name, i < 4 ? "o.ini" : "w.ini");
+        EXPECT_EQ(m_client.opens[i].mode, want[i].mode) << i;
+        EXPECT_EQ(m_client.opens[i].flag, want[i].flag) << i;
+        EXPECT_EQ(m_client.opens[i].extended, want[i].extended) << i;
+    }
+}
+
+TEST_F(PindIniTest, FailedLoadLeavesTheReaderEmpty) {
+    m_dir.Write("f.ini", "[s]\nk=1\n");
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("f.ini"));
+    EXPECT_FALSE(ini.Load("missing.ini"));
+    EXPECT_EQ(ini.GetSectionCount(), 0);
+    EXPECT_STREQ(ini.GetFileName(), "missing.ini");
+    m_dir.Write("empty.ini", "");
+    EXPECT_TRUE(ini.Load("empty.ini"));
+    CPindIni* pIni = CPindIni::Create("f.ini", true, nullptr);
+    ASSERT_NE(pIni, nullptr);
+    EXPECT_EQ(pIni->GetInt("s", "k", 0), 1);
+    delete pIni;
+}
+
+TEST_F(PindIniTest, LongPlainLinesAreSplitByTheLineRead) {
+    const std::string value(2045, 'x');
+    m_dir.Write("l.ini", "[s]\nk=" + value + "tail=1\n" + std::string(2047, 'a') + "q=2\n");
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("l.ini"));
+    EXPECT_EQ(ini.GetString("s", "k", ""), value);
+    EXPECT_STREQ(ini.GetString("s", "tail", ""), "1");
+    EXPECT_STREQ(ini.GetString("s", "q", ""), "2");
+}
+
+TEST_F(PindIniTest, KeyedRecordsAreUnscrambledWithTheCallersKey) {
+    const char* pszKey = "k3y";
+    const std::string longRecord = "big=" + std::string(3000, 'z');
+    m_dir.Write("k.dat", Record("[s]\n", pszKey) + Record("a=1", pszKey) + Record(";b=2", pszKey) +
+                             Record("c=\t3\r\n", pszKey) + Record(longRecord, pszKey) +
+                             Record("d=4", pszKey) + Record("ab", pszKey) + Int32Bytes(0) +
+                             Record("e=5", pszKey));
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("k.dat", pszKey));
+    EXPECT_EQ(Walk(ini), "[s]{a=1,big=" + std::string(2044, 'z') + ",c=3,d=4,e=5,}");
+
+    // A negative length ends the file; a short record is reported and parsed as far as it came.
+    RecordingDebug debug;
+    m_dir.Write("n.dat", Record("[s]", pszKey) + Record("a=1", pszKey) + Int32Bytes(-1) +
+                             Record("b=2", pszKey));
+    ASSERT_TRUE(ini.Load("n.dat", pszKey));
+    EXPECT_EQ(Walk(ini), "[s]{a=1,}");
+    EXPECT_TRUE(debug.texts.empty());
+    std::string shortRecord = Record("[s]", pszKey) + Record("abc=defgh", pszKey);
+    shortRecord.resize(shortRecord.size() - 3);
+    m_dir.Write("s.dat", shortRecord);
+    ASSERT_TRUE(ini.Load("s.dat", pszKey));
+    // The missing bytes were zeros XOR-ed with the key: the key's own bytes.
+    EXPECT_EQ(Walk(ini), "[s]{abc=dek3y,}");
+    EXPECT_EQ(debug.texts, std::vector<std::string>{
+                               "ASSERT(nLen == fread(szLine, sizeof(char), nLen, fp)) in 302 line "
+                               "of PindIni"});
+}
+
+// Tricky plain files: plain Load and EncryptFile + LoadScrambled must agree, but for key tables
+// (null in the plain walk, empty in the scrambled one).
+const char* const kRoundTripCorpus[] = {
+    "[s]\r\nk=v\r\n[t]\r\na\t\t=\t b \tc\r\n",
+    "orphan=1\n[s]\nk = v\n k=skip\n\tk2=skip\n;c=1\n//d=1\n#e=1\nf=\n=g\n",
+    "[s]\nk=1\n[s]\nk=2\nj=3\n[u]\n[v]\nx=1",
+    "[a]b] x\nk=v\r\n[[c]\nk=w\n[d\nk=x\n",
+    "\n\r\n\n[s]\n\n\nk=v\n\r\n",
+    "[s]\nkey=0123456789012345678901234567890123456789012345678901234567890123456789"
+    "012345678901234567890123456789012345678901234567890123456789012345678901234567890123456789"
+    "012345678901234567890123456789012345678901234567890123456789012345678901234567890123456789"
+    "\n",
+    "[\xd6\xd0\xce\xc4]\n\xbc\xfc=\xd6\xb5\n",
+    "",
+};
+
+std::string WithoutNull(std::string walk) {
+    size_t at;
+    while ((at = walk.find("null")) != std::string::npos) {
+        walk.replace(at, 4, "{}");
+    }
+    return walk;
+}
+
+TEST_F(PindIniTest, ScrambledFileReadsAsThePlainOne) {
+    CMyCrypto crypto;
+    for (const char* pszText : kRoundTripCorpus) {
+        const std::string plain = m_dir.Write("p.ini", pszText);
+        ASSERT_TRUE(crypto.EncryptFile(plain.c_str(), m_dir.File("p.sini").c_str(), "Secret#1"));
+        CPindIni plainIni;
+        CPindIni scrambledIni;
+        ASSERT_TRUE(plainIni.Load("p.ini"));
+        ASSERT_TRUE(scrambledIni.LoadScrambled("p.sini"));
+        EXPECT_EQ(Walk(scrambledIni), WithoutNull(Walk(plainIni))) << pszText;
+    }
+}
+
+TEST_F(PindIniTest, ScrambledFormDropsShortLinesThePlainFormKeeps) {
+    CMyCrypto crypto;
+    const std::string plain = m_dir.Write("p.ini", "[s]\nk=1\n[]\nj=2\n[e]\n");
+    ASSERT_TRUE(crypto.EncryptFile(plain.c_str(), m_dir.File("p.sini").c_str(), "x"));
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("p.ini"));
+    EXPECT_EQ(Walk(ini), "[s]{k=1,}[e]null");
+    ASSERT_TRUE(ini.LoadScrambled("p.sini"));
+    EXPECT_EQ(Walk(ini), "[s]{j=2,k=1,}[e]{}");
+    EXPECT_TRUE(ini.HasSection("e"));
+    EXPECT_NE(ini.GetSection("e"), nullptr);
+}
+
+TEST_F(PindIniTest, BrokenScrambledHeadersReadNothing) {
+    const std::string key = std::string("\x6c\x6c", 2);  // "kd" XOR 7, 8
+    const std::string body = Record("[s]", "kd") + Record("a=1", "kd");
+    const struct {
+        const char* name;
+        std::string bytes;
+        bool ok;
+    } cases[] = {
+        {"good", std::string("\xff\xff\x00", 3) + Int32Bytes(2) + key + body, true},
+        {"marker", std::string("\xff\xfe\x00", 3) + Int32Bytes(2) + key + body, false},
+        {"zero", std::string("\xff\xff\x01", 3) + Int32Bytes(2) + key + body, false},
+        {"negative", std::string("\xff\xff\x00", 3) + Int32Bytes(-2) + key + body, false},
+        {"too long", std::string("\xff\xff\x00", 3) + Int32Bytes(1000) + key + body, false},
+        {"cut", std::string("\xff\xff\x00", 3), false},
+        {"no key", std::string("\xff\xff\x00", 3) + Int32Bytes(0) + "[s]", true},
+    };
+    m_dir.Write("x.ini", "[old]\nk=1\n");
+    for (const auto& c : cases) {
+        m_dir.Write("h.sini", c.bytes);
+        CPindIni ini;
+        ASSERT_TRUE(ini.Load("x.ini"));
+        EXPECT_EQ(ini.LoadScrambled("h.sini"), c.ok) << c.name;
+        EXPECT_EQ(Walk(ini), c.ok && c.bytes.size() > 20 ? "[s]{a=1,}" : "") << c.name;
+    }
+}
+
+TEST_F(PindIniTest, ScrambledRecordsAreBoundedAndShortReadsReported) {
+    RecordingDebug debug;
+    const std::string header = std::string("\xff\xff\x00", 3) + Int32Bytes(1) + "\x6c";  // "k" ^ 7
+    std::string bytes = header + Record("[s]", "k") + Record("a=" + std::string(1500, 'v'), "k") +
+                        Record("b=2", "k") + Record("c=3456", "k");
+    bytes.resize(bytes.size() - 2);
+    m_dir.Write("b.sini", bytes);
+    CPindIni ini;
+    ASSERT_TRUE(ini.LoadScrambled("b.sini"));
+    EXPECT_EQ(Walk(ini), "[s]{a=" + std::string(1022, 'v') + ",b=2,c=34kk,}");
+    EXPECT_EQ(debug.texts, std::vector<std::string>{
+                               "ASSERT(nLen == fread(szLine, sizeof(BYTE), nLen, fp)) in 462 line "
+                               "of PindIni"});
+}
+
+TEST_F(PindIniTest, WritersSkipZeroesAndNeedAWriteFile) {
+    {
+        CPindIni ini;
+        EXPECT_TRUE(ini.IsWriteFileEmpty());
+        ini.WriteSection("ignored");  // no write file yet
+        ASSERT_TRUE(ini.OpenForWrite("out.ini", false));
+        EXPECT_TRUE(ini.IsWriteFileEmpty());
+        ini.WriteSection("a");
+        EXPECT_FALSE(ini.IsWriteFileEmpty());
+        ini.WriteSection(-12);
+        ini.WriteKey("k", "v");
+        ini.WriteKey(nullptr, "v");
+        ini.WriteKey("z", 0);
+        ini.WriteKey("z", 0, true);
+        ini.WriteKey("n", 7, false);
+        ini.WriteNewLine();
+        ini.WriteKey("last", "x");
+    }
+    EXPECT_EQ(m_dir.Read("out.ini"), "[a]\n[-12]\nk=v\n=v\nz=0\nn=7\n\nlast=x\n");
+}
+
+TEST_F(PindIniTest, SetValueRewritesInSectionNameOrder) {
+    CPindIni ini;
+    EXPECT_TRUE(ini.SetValue("new.ini", "s", "k", "v"));
+    EXPECT_EQ(m_dir.Read("new.ini"), "[s]\nk=v\n");
+
+    m_dir.Write("e.ini", "; comment\n[b]\nx=1\n[a]\ny=2\n\n[b]\nz=3\n[n]\n");
+    EXPECT_TRUE(ini.SetValue("e.ini", "a", "k", "v", false));
+    EXPECT_EQ(m_dir.Read("e.ini"), "[a]\nk=v\ny=2\n[b]\nz=3\n[n]\n");
+    EXPECT_TRUE(ini.SetValue("e.ini", "a", "y", nullptr));
+    EXPECT_TRUE(ini.SetValue("e.ini", "n", "q", nullptr));
+    EXPECT_EQ(m_dir.Read("e.ini"), "[a]\nk=v\ny=2\n[b]\nz=3\n[n]\nq=\n");
+    EXPECT_TRUE(ini.SetValue("e.ini", "c", "x", "1"));
+    EXPECT_TRUE(ini.SetValue("e.ini", "b", "z", "4"));
+    // "q=" was written but is too short to be read back by the next SetValue.
+    EXPECT_EQ(m_dir.Read("e.ini"), "[a]\nk=v\ny=2\n[b]\nz=4\n[c]\nx=1\n[n]\n");
+    EXPECT_EQ(ini.GetInt("b", "z", 0), 4);
+}
+
+TEST_F(PindIniTest, CopiesOwnTheirTables) {
+    m_dir.Write("c.ini", "[a]\nk=1\n[b]\n[a]\nk=2\n");
+    auto* pIni = new CPindIni("c.ini", true);
+    pIni->FirstSection();
+    pIni->NextSection();
+    CPindIni copy(*pIni);
+    CPindIni assigned;
+    assigned = *pIni;
+    delete pIni;
+    for (CPindIni* p : {&copy, &assigned}) {
+        EXPECT_STREQ(p->GetCurrentSectionName(), "b");
+        EXPECT_EQ(p->GetInt("a", "k", 0), 2);
+        EXPECT_EQ(Walk(*p), "[a]{k=1,}[b]null[a]{k=2,}");
+        EXPECT_STREQ(p->GetFileName(), "c.ini");
+    }
+}
+
+TEST(PindIniScramble, XorsWithTheKeyCyclically) {
+    char buffer[] = "abcdef";
+    CPindIni::Scramble(buffer, 6, "\x01\x02");
+    EXPECT_STREQ(buffer, "``bfdd");
+    CPindIni::Scramble(buffer, 6, "\x01\x02");
+    EXPECT_STREQ(buffer, "abcdef");
+    CPindIni::Scramble(buffer, 6, "");
+    CPindIni::Scramble(buffer, 6, nullptr);
+    CPindIni::Scramble(nullptr, 6, "k");
+    EXPECT_STREQ(buffer, "abcdef");
+}
+
+}  // namespace
