@@ -17,6 +17,7 @@
 #include "pind/files/DirPackage.h"
 #include "pind/files/FileCache.h"
 #include "pind/files/PackFile.h"
+#include "pind/files/WholeFilePackage.h"
 #include "pind/files/ZipOperator.h"
 #include "pind/files/ZipPackage.h"
 #include "pind/files/ZipWriter.h"

@@ -23,7 +23,6 @@ std::string Lower(std::string text) {
 
 struct CDirPackage::Impl {
     fs::path root;
-    pind::detail::PackageFiles files;
 
     // The file a package name stands for, matching each part ignoring case; empty when none.
     fs::path Resolve(const char* pszName) const {
@@ -97,34 +96,8 @@ std::vector<std::string> CDirPackage::List() const {
     return names;
 }
 
-int CDirPackage::Open(const char* name, pind::platform::PackHandle* handle) {
-    std::vector<uint8_t> bytes;
-    if (handle == nullptr || !m_impl->Load(name, &bytes)) {
-        return -1;
-    }
-    *handle = m_impl->files.Add(std::move(bytes));
-    return 0;
+bool CDirPackage::HasFile(const char* name) { return !m_impl->Resolve(name).empty(); }
+
+bool CDirPackage::LoadFile(const char* name, std::vector<uint8_t>* bytes) {
+    return m_impl->Load(name, bytes);
 }
-
-uint32_t CDirPackage::GetLen(pind::platform::PackHandle handle) {
-    return m_impl->files.GetLen(handle);
-}
-
-uint32_t CDirPackage::Read(void* buffer, uint32_t size, uint32_t count,
-                           pind::platform::PackHandle handle) {
-    return m_impl->files.Read(buffer, size, count, handle);
-}
-
-void CDirPackage::Close(pind::platform::PackHandle handle) { m_impl->files.Close(handle); }
-
-int CDirPackage::Exist(const char* name, int) { return m_impl->Resolve(name).empty() ? 0 : 1; }
-
-int CDirPackage::Dump(const char* name, void** buffer, int32_t* length, int) {
-    std::vector<uint8_t> bytes;
-    if (buffer == nullptr || length == nullptr || !m_impl->Load(name, &bytes)) {
-        return -1;
-    }
-    return m_impl->files.Dump(bytes, buffer, length);
-}
-
-void CDirPackage::Undump(void* buffer) { m_impl->files.Undump(buffer); }

@@ -18,7 +18,6 @@ struct CZipPackage::Impl {
     std::map<std::string, unz_file_pos> index;  // lower-cased joined name -> entry
     std::vector<std::string> names;             // as stored, archive order
     pind::platform::CriticalSection cs;         // guards the archive's current-entry state
-    pind::detail::PackageFiles files;
 
     void BuildIndex() {
         for (int nAt = unzGoToFirstFile(archive); nAt == UNZ_OK; nAt = unzGoToNextFile(archive)) {
@@ -111,37 +110,11 @@ bool CZipPackage::IsOpen() const { return m_impl->archive != nullptr; }
 
 std::vector<std::string> CZipPackage::List() const { return m_impl->names; }
 
-int CZipPackage::Open(const char* name, pind::platform::PackHandle* handle) {
-    std::vector<uint8_t> bytes;
-    if (handle == nullptr || !m_impl->Load(name, &bytes)) {
-        return -1;
-    }
-    *handle = m_impl->files.Add(std::move(bytes));
-    return 0;
-}
-
-uint32_t CZipPackage::GetLen(pind::platform::PackHandle handle) {
-    return m_impl->files.GetLen(handle);
-}
-
-uint32_t CZipPackage::Read(void* buffer, uint32_t size, uint32_t count,
-                           pind::platform::PackHandle handle) {
-    return m_impl->files.Read(buffer, size, count, handle);
-}
-
-void CZipPackage::Close(pind::platform::PackHandle handle) { m_impl->files.Close(handle); }
-
-int CZipPackage::Exist(const char* name, int) {
+bool CZipPackage::HasFile(const char* name) {
     pind::platform::CriticalSectionGuard guard(m_impl->cs);
-    return m_impl->Find(name) != nullptr ? 1 : 0;
+    return m_impl->Find(name) != nullptr;
 }
 
-int CZipPackage::Dump(const char* name, void** buffer, int32_t* length, int) {
-    std::vector<uint8_t> bytes;
-    if (buffer == nullptr || length == nullptr || !m_impl->Load(name, &bytes)) {
-        return -1;
-    }
-    return m_impl->files.Dump(bytes, buffer, length);
+bool CZipPackage::LoadFile(const char* name, std::vector<uint8_t>* bytes) {
+    return m_impl->Load(name, bytes);
 }
-
-void CZipPackage::Undump(void* buffer) { m_impl->files.Undump(buffer); }

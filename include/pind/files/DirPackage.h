@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "pind/files/WholeFilePackage.h"
 #include "pind/platform/Export.h"
-#include "pind/platform/Package.h"
 
-class PIND_API CDirPackage : public pind::platform::IPindPackage {
+class PIND_API CDirPackage : public CWholeFilePackage {
 public:
     explicit CDirPackage(const std::string& root);
     ~CDirPackage() override;
@@ -25,15 +25,10 @@ public:
     /// when the root cannot be read.
     std::vector<std::string> List() const;
 
+protected:
     /// Names are package names: relative, '/' or '\\' separated; rooted names and ".." parts fail.
-    int Open(const char* name, pind::platform::PackHandle* handle) override;
-    uint32_t GetLen(pind::platform::PackHandle handle) override;
-    uint32_t Read(void* buffer, uint32_t size, uint32_t count,
-                  pind::platform::PackHandle handle) override;
-    void Close(pind::platform::PackHandle handle) override;
-    int Exist(const char* name, int flag) override;
-    int Dump(const char* name, void** buffer, int32_t* length, int flag) override;
-    void Undump(void* buffer) override;
+    bool HasFile(const char* name) override;
+    bool LoadFile(const char* name, std::vector<uint8_t>* bytes) override;
 
 private:
     struct Impl;

@@ -1,0 +1,39 @@
+#include "pind/files/WholeFilePackage.h"
+
+#include "files/PackageFiles.h"
+
+CWholeFilePackage::CWholeFilePackage() : m_files(std::make_unique<pind::detail::PackageFiles>()) {}
+
+CWholeFilePackage::~CWholeFilePackage() = default;
+
+int CWholeFilePackage::Open(const char* name, pind::platform::PackHandle* handle) {
+    std::vector<uint8_t> bytes;
+    if (handle == nullptr || !LoadFile(name, &bytes)) {
+        return -1;
+    }
+    *handle = m_files->Add(std::move(bytes));
+    return 0;
+}
+
+uint32_t CWholeFilePackage::GetLen(pind::platform::PackHandle handle) {
+    return m_files->GetLen(handle);
+}
+
+uint32_t CWholeFilePackage::Read(void* buffer, uint32_t size, uint32_t count,
+                                 pind::platform::PackHandle handle) {
+    return m_files->Read(buffer, size, count, handle);
+}
+
+void CWholeFilePackage::Close(pind::platform::PackHandle handle) { m_files->Close(handle); }
+
+int CWholeFilePackage::Exist(const char* name, int) { return HasFile(name) ? 1 : 0; }
+
+int CWholeFilePackage::Dump(const char* name, void** buffer, int32_t* length, int) {
+    std::vector<uint8_t> bytes;
+    if (buffer == nullptr || length == nullptr || !LoadFile(name, &bytes)) {
+        return -1;
+    }
+    return m_files->Dump(bytes, buffer, length);
+}
+
+void CWholeFilePackage::Undump(void* buffer) { m_files->Undump(buffer); }
