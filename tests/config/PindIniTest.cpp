@@ -14,6 +14,7 @@
 #include "support/PackFileServing.h"
 #include "support/RecordingClient.h"
 #include "support/TempDir.h"
+#include "support/Printable.h"
 
 namespace {
 
@@ -67,6 +68,11 @@ struct LineCase {
     const char* pszKey;
     const char* pszWant;  // null: the look-up misses
 };
+
+void PrintTo(const LineCase& c, std::ostream* os) {
+    *os << pind::test::Printable(c.pszText) << " " << pind::test::Printable(c.pszSection) << "/"
+        << pind::test::Printable(c.pszKey);
+}
 
 class PindIniLines : public PindIniTest, public ::testing::WithParamInterface<LineCase> {};
 

@@ -137,6 +137,8 @@ struct BitCase {
     uint32_t nWordValue, nHighBit, nLowWordTop;
 };
 
+void PrintTo(const BitCase& c, std::ostream* os) { *os << "bit " << c.nBit; }
+
 class Int512Bit : public ::testing::TestWithParam<BitCase> {};
 
 TEST_P(Int512Bit, FromBitIndexAndQueries) {

@@ -117,6 +117,10 @@ const std::vector<Step>& Script() {
 
 enum class Backend { kDisk, kDir, kZip };
 
+void PrintTo(Backend b, std::ostream* os) {
+    *os << (b == Backend::kDisk ? "disk" : b == Backend::kDir ? "folder" : "zip");
+}
+
 class PackModes : public ::testing::TestWithParam<Backend> {
 protected:
     void SetUp() override {

@@ -1,6 +1,8 @@
 // The checked parsers, UTF-8 conversion and byte masking.
 #include <gtest/gtest.h>
 
+#include "support/Printable.h"
+
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -16,6 +18,8 @@ struct ParseCase {
     uint64_t nUInt64;  // StrToUInt64 and SzToUInt64
     int32_t nSzInt;    // SzToInt (atol, also of a hexadecimal text)
 };
+
+void PrintTo(const ParseCase& c, std::ostream* os) { *os << pind::test::Printable(c.pszText); }
 
 class ConvertParse : public ::testing::TestWithParam<ParseCase> {};
 
