@@ -1,5 +1,21 @@
 # Build helpers shared by the library, the tool, the tests and the benchmarks.
 
+# A cross build for Windows puts every program and PindBase.dll in one folder, beside the mingw
+# runtime DLLs they load, so that Wine (or a Windows machine) runs them with no search path set.
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+    if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+        set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+    endif()
+    foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll zlib1.dll)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
+                        OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+        if(NOT IS_ABSOLUTE "${path}" OR NOT EXISTS "${path}")
+            message(FATAL_ERROR "${dll} not found beside ${CMAKE_CXX_COMPILER}")
+        endif()
+        file(COPY ${path} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    endforeach()
+endif()
+
 # Warnings as errors on our own targets only; third-party headers come in as system includes.
 function(pind_set_warnings target)
     if(MSVC)
@@ -20,9 +36,15 @@ function(pind_enable_sanitizers sanitizers)
     add_link_options(-fsanitize=${list})
 endfunction()
 
-# One GoogleTest executable per area: tests/<area>/*.cpp plus the shared fakes.
+# One GoogleTest executable per area: tests/<area>/*.cpp plus the shared fakes. Tests of what only
+# Windows has (real USER32 windows, say) sit in tests/<area>/windows/ and join the Windows build.
 function(pind_add_test area)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${area}/*.cpp)
+    if(WIN32)
+        file(GLOB windows_sources CONFIGURE_DEPENDS
+             ${CMAKE_CURRENT_SOURCE_DIR}/${area}/windows/*.cpp)
+        list(APPEND sources ${windows_sources})
+    endif()
     if(NOT sources)
         return()
     endif()

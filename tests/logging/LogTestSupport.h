@@ -40,9 +40,10 @@ private:
     std::vector<std::pair<uint32_t, std::string>> m_entries;
 };
 
-/// Every line of a file, without its "\n"; empty when the file cannot be read.
+/// Every line of a file, without its "\n"; empty when the file cannot be read. Read in text mode,
+/// as the writer writes: on Windows its CR LF line ends come back as "\n".
 inline std::vector<std::string> ReadLines(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(path);
     std::vector<std::string> lines;
     for (std::string line; std::getline(in, line);) {
         lines.push_back(line);

@@ -148,10 +148,11 @@ TEST(Window, InstalledSinkGetsPostsAndConversions) {
     EXPECT_EQ(sink.posts[0].wParam, 5u);
     EXPECT_EQ(sink.posts[0].lParam, -6);
     POINT p{100, 100};
-    EXPECT_EQ(ScreenToClient(window, &p), 1);
+    // Qualified: on Windows, ADL on HWND and POINT also finds USER32's ScreenToClient.
+    EXPECT_EQ(platform::ScreenToClient(window, &p), 1);
     EXPECT_EQ(p.x, 90);
     EXPECT_EQ(p.y, 80);
-    EXPECT_EQ(ScreenToClient(window, nullptr), 0);
+    EXPECT_EQ(platform::ScreenToClient(window, nullptr), 0);
     EXPECT_EQ(SetWindowMessageSink(before), &sink);
 }
 

@@ -10,10 +10,9 @@ void DefaultEngineLog(const char* text) {
     using LogMsgFn = void(__cdecl*)(const char*, ...);
     static const LogMsgFn s_logMsg = [] {
         HMODULE graphic = ::GetModuleHandleA("graphic.dll");
-        return graphic != nullptr
-                   ? reinterpret_cast<LogMsgFn>(
-                         reinterpret_cast<void*>(::GetProcAddress(graphic, "LogMsg")))
-                   : nullptr;
+        return graphic != nullptr ? reinterpret_cast<LogMsgFn>(reinterpret_cast<void*>(
+                                        ::GetProcAddress(graphic, "LogMsg")))
+                                  : nullptr;
     }();
     if (s_logMsg != nullptr) {
         s_logMsg("%s", text);

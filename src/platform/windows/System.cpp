@@ -1,6 +1,7 @@
 #include "pind/platform/System.h"
 
 #include <direct.h>
+#include <fcntl.h>
 #include <io.h>
 #include <stdlib.h>
 
@@ -12,7 +13,13 @@ uint32_t ModuleFileName(char* buffer, uint32_t size) {
     if (buffer == nullptr || size == 0) {
         return 0;
     }
-    return ::GetModuleFileNameA(nullptr, buffer, size);
+    const DWORD n = ::GetModuleFileNameA(nullptr, buffer, size);
+    // Windows XP (and Wine) leave a cut name unterminated; Vista and later terminate it.
+    if (n >= size) {
+        buffer[size - 1] = '\0';
+        return size;
+    }
+    return n;
 }
 
 uint32_t CurrentProcessId() { return ::GetProcessId(::GetCurrentProcess()); }
@@ -35,6 +42,10 @@ int Seek64(std::FILE* stream, int64_t offset, int whence) {
 }
 
 int64_t Tell64(std::FILE* stream) { return stream != nullptr ? _ftelli64(stream) : -1; }
+
+bool SetBinaryMode(std::FILE* stream) {
+    return stream != nullptr && _setmode(_fileno(stream), _O_BINARY) != -1;
+}
 
 uint32_t FileAttributes(const char* path) {
     return path != nullptr ? ::GetFileAttributesA(path) : kInvalidFileAttributes;

@@ -1,9 +1,12 @@
 #include <ctime>
 
 #include "pind/platform/Clock.h"
-#include "pind/platform/WinTypes.h"
 
+// mmsystem.h (timeGetTime) needs windows.h before it.
+// clang-format off
+#include "pind/platform/WinTypes.h"
 #include <mmsystem.h>
+// clang-format on
 
 namespace pind::platform {
 namespace {
@@ -26,8 +29,8 @@ public:
     int64_t UnixTimeMs() const override {
         FILETIME ft;
         ::GetSystemTimeAsFileTime(&ft);
-        const int64_t ticks =
-            (static_cast<int64_t>(ft.dwHighDateTime) << 32) | static_cast<int64_t>(ft.dwLowDateTime);
+        const int64_t ticks = (static_cast<int64_t>(ft.dwHighDateTime) << 32) |
+                              static_cast<int64_t>(ft.dwLowDateTime);
         // FILETIME counts 100 ns since 1601-01-01.
         return (ticks - 116444736000000000LL) / 10000;
     }

@@ -2,18 +2,32 @@
 
 #include <time.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
 namespace pind::platform {
 namespace {
+
+// Reading TZ sets the offset and the daylight flag but leaves _dstbias as the system zone last set
+// it (0 where the system has no daylight saving), and localtime then never moves to summer time.
+// A TZ daylight rule is always one hour.
+void ReadZone() {
+    _tzset();
+    const char* tz = std::getenv("TZ");
+    if (tz != nullptr && tz[0] != '\0' && _daylight != 0) {
+        _dstbias = -3600;
+    }
+}
+
 void EnsureTzSet() {
     static std::once_flag s_once;
-    std::call_once(s_once, [] { _tzset(); });
+    std::call_once(s_once, ReadZone);
 }
+
 }  // namespace
 
-void TzSet() { _tzset(); }
+void TzSet() { ReadZone(); }
 
 // The old msvcrt that mingw-w64 links has no _get_timezone/_get_dstbias: read the variables.
 long GetTimezone() {
