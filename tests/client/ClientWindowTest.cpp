@@ -1,55 +1,23 @@
 // Posting to the client's main window through the window seam.
-#include "pind/client/ClientWindow.h"
-
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include "pind/platform/Window.h"
+#include "pind/client/ClientWindow.h"
 #include "support/FakeClock.h"
+#include "support/RecordingWindowSink.h"
 
 namespace {
-
-class Recorder : public pind::platform::IWindowMessageSink {
-public:
-    struct Post {
-        HWND hWnd;
-        UINT msg;
-        WPARAM wParam;
-        LPARAM lParam;
-    };
-    std::vector<Post> posts;
-    BOOL result = 1;
-    BOOL PostWindowMessage(HWND hWnd, UINT msg, WPARAM wParam, LPARAM lParam) override {
-        posts.push_back({hWnd, msg, wParam, lParam});
-        return result;
-    }
-    BOOL ScreenToClient(HWND hWnd, POINT* point) override {
-        if (hWnd == nullptr) {
-            return 0;
-        }
-        point->x -= 100;
-        point->y -= 50;
-        return 1;
-    }
-};
 
 class ClientWindow : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_previous = pind::platform::SetWindowMessageSink(&m_sink);
         g_hMainWnd = nullptr;
         g_nPostedMessageCount = 0;
     }
-    void TearDown() override {
-        pind::platform::SetWindowMessageSink(m_previous);
-        g_hMainWnd = nullptr;
-    }
+    void TearDown() override { g_hMainWnd = nullptr; }
     HWND Window() { return reinterpret_cast<HWND>(&m_window); }
 
-    Recorder m_sink;
+    pind::test::RecordingWindowSink m_sink;
     int m_window = 0;
-    pind::platform::IWindowMessageSink* m_previous = nullptr;
 };
 
 TEST_F(ClientWindow, WithoutAWindowNothingIsPostedOrCounted) {

@@ -1,18 +1,17 @@
-// The installable seams: engine log, packed resources, window messages, key state and the lock.
+// The installable seams: engine log, packed resources, window messages and key state. The lock is
+// tested through CMyLockCs (tests/diag).
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstring>
 #include <map>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "pind/platform/CriticalSection.h"
 #include "pind/platform/EngineLog.h"
 #include "pind/platform/Package.h"
 #include "pind/platform/Window.h"
 #include "support/EngineLogCapture.h"
+#include "support/RecordingWindowSink.h"
 
 namespace pind::platform {
 namespace {
@@ -117,86 +116,32 @@ TEST(Package, InstalledPackageServesTheEntryPoints) {
     EXPECT_EQ(SetPackage(nullptr), &pack);
 }
 
-class RecordingSink : public IWindowMessageSink {
-public:
-    struct Post {
-        HWND hWnd;
-        UINT msg;
-        WPARAM wParam;
-        LPARAM lParam;
-    };
-    std::vector<Post> posts;
-    BOOL PostWindowMessage(HWND hWnd, UINT msg, WPARAM wParam, LPARAM lParam) override {
-        posts.push_back({hWnd, msg, wParam, lParam});
-        return 1;
-    }
-    BOOL ScreenToClient(HWND, POINT* point) override {
-        point->x -= 10;
-        point->y -= 20;
-        return 1;
-    }
-};
-
 TEST(Window, InstalledSinkGetsPostsAndConversions) {
-    RecordingSink sink;
-    IWindowMessageSink* before = SetWindowMessageSink(&sink);
     HWND window = reinterpret_cast<HWND>(uintptr_t{0x1234});
-    EXPECT_EQ(PostWindowMessage(window, WM_USER + 1, 5, -6), 1);
-    ASSERT_EQ(sink.posts.size(), 1u);
-    EXPECT_EQ(sink.posts[0].hWnd, window);
-    EXPECT_EQ(sink.posts[0].msg, static_cast<UINT>(WM_USER + 1));
-    EXPECT_EQ(sink.posts[0].wParam, 5u);
-    EXPECT_EQ(sink.posts[0].lParam, -6);
-    POINT p{100, 100};
-    // Qualified: on Windows, ADL on HWND and POINT also finds USER32's ScreenToClient.
-    EXPECT_EQ(platform::ScreenToClient(window, &p), 1);
-    EXPECT_EQ(p.x, 90);
-    EXPECT_EQ(p.y, 80);
-    EXPECT_EQ(platform::ScreenToClient(window, nullptr), 0);
-    EXPECT_EQ(SetWindowMessageSink(before), &sink);
+    {
+        test::RecordingWindowSink sink;
+        EXPECT_EQ(PostWindowMessage(window, WM_USER + 1, 5, -6), 1);
+        ASSERT_EQ(sink.posts.size(), 1u);
+        EXPECT_EQ(sink.posts[0].hWnd, window);
+        EXPECT_EQ(sink.posts[0].msg, static_cast<UINT>(WM_USER + 1));
+        EXPECT_EQ(sink.posts[0].wParam, 5u);
+        EXPECT_EQ(sink.posts[0].lParam, -6);
+        POINT p{340, 260};
+        // Qualified: on Windows, ADL on HWND and POINT also finds USER32's ScreenToClient.
+        EXPECT_EQ(platform::ScreenToClient(window, &p), 1);
+        EXPECT_EQ(p.x, 240);
+        EXPECT_EQ(p.y, 210);
+        EXPECT_EQ(platform::ScreenToClient(window, nullptr), 0);  // never reaches the sink
+    }
+    EXPECT_EQ(SetWindowMessageSink(nullptr), nullptr);  // the sink uninstalled itself
 }
 
 TEST(Window, KeyStateSourceAnswersUntilRemoved) {
-    KeyStateSource before = SetKeyStateSource([](int key) -> int16_t {
-        return key == 17 ? static_cast<int16_t>(0x8000) : 0;
-    });
+    KeyStateSource before = SetKeyStateSource(
+        [](int key) -> int16_t { return key == 17 ? static_cast<int16_t>(0x8000) : 0; });
     EXPECT_NE(GetAsyncKeyState(17) & 0x8000, 0);
     EXPECT_EQ(GetAsyncKeyState(37), 0);
     SetKeyStateSource(before);
-}
-
-TEST(CriticalSection, IsRecursiveAndExcludesOtherThreads) {
-    CriticalSection cs;
-    cs.Enter();
-    cs.Enter();
-    std::atomic<bool> otherGotIt{true};
-    std::thread t([&] { otherGotIt = cs.TryEnter(); });
-    t.join();
-    EXPECT_FALSE(otherGotIt);
-    cs.Leave();
-    cs.Leave();
-    std::thread u([&] {
-        otherGotIt = cs.TryEnter();
-        if (otherGotIt) {
-            cs.Leave();
-        }
-    });
-    u.join();
-    EXPECT_TRUE(otherGotIt);
-}
-
-TEST(CriticalSection, CopyOfAnIdleLockWorks) {
-    CriticalSection original;
-    CriticalSection copy(original);
-    copy.Enter();
-    copy.Leave();
-    CriticalSection assigned;
-    assigned = original;
-    {
-        CriticalSectionGuard guard(assigned);
-        EXPECT_TRUE(assigned.TryEnter());  // recursive for the owner
-        assigned.Leave();
-    }
 }
 
 }  // namespace

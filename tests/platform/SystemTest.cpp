@@ -162,16 +162,5 @@ TEST(System, ReadableStringProbeDoesNotFault) {
     EXPECT_FALSE(IsReadableString(reinterpret_cast<const char*>(uintptr_t{16}), 1));
 }
 
-TEST(System, SetEnvSetsAndRemoves) {
-    ASSERT_TRUE(SetEnv("PIND_TEST_VARIABLE", "on"));
-    const char* v = std::getenv("PIND_TEST_VARIABLE");
-    ASSERT_NE(v, nullptr);
-    EXPECT_STREQ(v, "on");
-    ASSERT_TRUE(SetEnv("PIND_TEST_VARIABLE", nullptr));
-    v = std::getenv("PIND_TEST_VARIABLE");
-    EXPECT_TRUE(v == nullptr || *v == '\0');
-    EXPECT_FALSE(SetEnv(nullptr, "x"));
-}
-
 }  // namespace
 }  // namespace pind::platform
