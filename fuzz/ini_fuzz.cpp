@@ -1,44 +1,16 @@
 // INI reading over arbitrary bytes in every form: plain, keyed records (with a few keys, the empty
-// one included) and the self-keyed scrambled form. A one-file package serves the input, so the
+// one included) and the self-keyed scrambled form. An in-memory package serves the input, so the
 // reader gets a memory-mode file object through a host client; look-ups and the walk follow.
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 #include "pind/client/PindClient.h"
 #include "pind/config/PindIni.h"
+#include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/platform/Package.h"
 
 namespace {
-
-class OneFilePackage : public pind::platform::IPindPackage {
-public:
-    std::string bytes;
-    size_t pos = 0;
-    int Open(const char*, pind::platform::PackHandle* handle) override {
-        pos = 0;
-        *handle = this;
-        return 0;
-    }
-    uint32_t GetLen(pind::platform::PackHandle) override {
-        return static_cast<uint32_t>(bytes.size());
-    }
-    uint32_t Read(void* buffer, uint32_t size, uint32_t count,
-                  pind::platform::PackHandle) override {
-        const size_t want = static_cast<size_t>(size) * count;
-        const size_t n = want < bytes.size() - pos ? want : bytes.size() - pos;
-        if (n > 0) {
-            std::memcpy(buffer, bytes.data() + pos, n);
-        }
-        pos += n;
-        return static_cast<uint32_t>(n);
-    }
-    void Close(pind::platform::PackHandle) override {}
-    int Exist(const char*, int) override { return 1; }
-    int Dump(const char*, void**, int32_t*, int) override { return -1; }
-    void Undump(void*) override {}
-};
 
 // Serves every name from the package; debug text is dropped.
 class PackageClient : public IPindClientNone {
@@ -71,10 +43,11 @@ void Query(CPindIni& ini) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static PackageClient client;
-    static OneFilePackage package;
+    static CMemoryPackage package;
     SetClient(&client);
     pind::platform::SetPackage(&package);
-    package.bytes.assign(data != nullptr ? reinterpret_cast<const char*>(data) : "", size);
+    package.AddFile("fuzz.ini",
+                    std::string(data != nullptr ? reinterpret_cast<const char*>(data) : "", size));
 
     static const char* const kKeys[] = {"k3y", "", "\x80\x7f"};
     const char* key = kKeys[size > 0 ? data[0] % 3 : 0];

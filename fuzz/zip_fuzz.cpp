@@ -3,26 +3,18 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 
+#include "FuzzInput.h"
 #include "pind/files/ZipOperator.h"
 #include "pind/files/ZipPackage.h"
 #include "pind/platform/System.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const std::string path =
-        (std::filesystem::temp_directory_path() /
-         ("pind-zip-" + std::to_string(pind::platform::CurrentProcessId()) + ".zip"))
-            .string();
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (f == nullptr) {
+    const std::string path = pind::fuzz::WriteInputFile("input.zip", data, size);
+    if (path.empty()) {
         return 0;
     }
-    if (size > 0) {
-        std::fwrite(data, 1, size, f);
-    }
-    std::fclose(f);
 
     CMyZipOperator zip;
     unsigned char* out = nullptr;

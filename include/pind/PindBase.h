@@ -16,6 +16,7 @@
 #include "pind/diag/Report.h"
 #include "pind/files/DirPackage.h"
 #include "pind/files/FileCache.h"
+#include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/files/WholeFilePackage.h"
 #include "pind/files/ZipOperator.h"
