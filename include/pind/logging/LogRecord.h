@@ -96,13 +96,15 @@ public:
     void AppendPlain(std::string* pOut) const;
 
 private:
+    // The widest member first: `Payload{}` zeroes only the first member, and a relabelled value
+    // (WithKind) may read any of them.
     union Payload {
+        uint64_t u64;
         char c;
         uint16_t u16;
         int16_t i16;
         uint32_t u32;
         int32_t i32;
-        uint64_t u64;
         int64_t i64;
         float f;
         double d;
