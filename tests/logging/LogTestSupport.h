@@ -27,13 +27,6 @@ public:
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_entries;
     }
-    std::vector<std::string> Texts() {
-        std::vector<std::string> texts;
-        for (const auto& e : Entries()) {
-            texts.push_back(e.second);
-        }
-        return texts;
-    }
 
 private:
     std::mutex m_mutex;
@@ -45,9 +38,7 @@ private:
 inline std::vector<std::string> ReadLines(const std::string& path) {
     std::ifstream in(path);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
     return lines;
 }
 
@@ -69,6 +60,7 @@ protected:
         config.vecFixedAttrs = std::move(fixed);
         return _log::GetLoggerFactory()->GetLogger(config);
     }
+    size_t Calls() { return m_callback.Entries().size(); }
 
     TempDir m_dir;
     ScopedCurrentDir m_cwd;
