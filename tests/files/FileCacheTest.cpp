@@ -10,31 +10,25 @@
 
 namespace {
 
-using pind::test::FakePackage;
-
 class FileCacheTest : public ::testing::Test {
 protected:
     void SetUp() override {
         m_pack.files["a.txt"] = "ab\ncd";
         m_pack.files["b.txt"] = std::string(100, 'x');
-        m_pack.files["ff.txt"] =
-            "\xff"
-            "x";
-        m_base = FileCacheInstance().nIssued;
+        m_pack.files["ff.txt"] = "\377x";
     }
     // Handles count on from wherever earlier tests left the process-wide counter.
     uint64_t Nth(uint64_t n) const { return m_base + n; }
 
     pind::test::RecordingClient m_client;
-    FakePackage m_pack;
-    uint64_t m_base = 0;
+    pind::test::FakePackage m_pack;
+    const uint64_t m_base = FileCacheInstance().nIssued;
 };
 
 TEST_F(FileCacheTest, MemoryHandlesCountUpAndAreNeverReused) {
     const uint64_t one = CacheOpen("a.txt", "r", 0);
-    const uint64_t two = CacheOpen("b.txt", "r", 0);
     EXPECT_EQ(one, Nth(1));
-    EXPECT_EQ(two, Nth(2));
+    EXPECT_EQ(CacheOpen("b.txt", "r", 0), Nth(2));
     CacheClose(one);
     EXPECT_EQ(m_pack.undumps, 1);
     EXPECT_EQ(CacheOpen("a.txt", "r", 0), Nth(3));
@@ -42,7 +36,7 @@ TEST_F(FileCacheTest, MemoryHandlesCountUpAndAreNeverReused) {
     EXPECT_EQ(CacheRead(buf, 1, 1, one), 0);  // closed
     CacheClose(one);                          // unknown: ignored
     EXPECT_EQ(m_pack.undumps, 1);
-    CacheClose(two);
+    CacheClose(Nth(2));
     CacheClose(Nth(3));
     EXPECT_EQ(CacheOpen("missing.txt", "r", 0), 0u);
 }
@@ -51,14 +45,11 @@ TEST_F(FileCacheTest, ReadBoundComparesPositionPlusCount) {
     const uint64_t h = CacheOpen("b.txt", "r", 0);
     char buf[128];
     struct Step {
-        int size;
-        int count;
-        int want;
+        int size, count, want;
     };
-    // 100 bytes: 4×10 copies 40; at 92, 92 + 10 > 100 copies the 8 left; 60 + 30 <= 100 would
-    // ask for 4×30 = 120 bytes, cut to the 40 left.
-    for (const Step& s :
-         {Step{4, 10, 40}, Step{1, 20, 20}, Step{1, 32, 32}, Step{4, 10, 8}, Step{4, 10, 0}}) {
+    // 100 bytes: 4×10 copies 40; at 92, 92 + 10 > 100 copies the 8 left; then 60 + 30 <= 100
+    // asks for 4×30 = 120 bytes, cut to the 40 left.
+    for (const Step& s : {Step{4, 10, 40}, Step{1, 52, 52}, Step{4, 10, 8}, Step{4, 10, 0}}) {
         EXPECT_EQ(CacheRead(buf, s.size, s.count, h), s.want) << s.size << "x" << s.count;
     }
     CacheClose(h);
@@ -75,18 +66,15 @@ TEST_F(FileCacheTest, LinesAndTheFfByte) {
     const uint64_t h = CacheOpen("a.txt", "r", 0);
     char buf[16];
     EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "ab\n");
-    EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "cd");
-    EXPECT_EQ(CacheGets(buf, sizeof buf, h), nullptr);
-    CacheClose(h);
-
-    const uint64_t g = CacheOpen("a.txt", "r", 0);
-    EXPECT_STREQ(CacheGets(buf, 2, g), "a");
+    EXPECT_STREQ(CacheGets(buf, 2, h), "c");
     buf[0] = '#';
-    EXPECT_EQ(CacheGets(buf, 1, g), nullptr);
+    EXPECT_EQ(CacheGets(buf, 1, h), nullptr);
     EXPECT_EQ(buf[0], '\0');
-    EXPECT_EQ(CacheGets(buf, 0, g), nullptr);
+    EXPECT_EQ(CacheGets(buf, 0, h), nullptr);
+    EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "d");
+    EXPECT_EQ(CacheGets(buf, sizeof buf, h), nullptr);
     EXPECT_EQ(CacheGets(buf, 16, 999999), nullptr);
-    CacheClose(g);
+    CacheClose(h);
 
     const uint64_t f = CacheOpen("ff.txt", "r", 0);
     EXPECT_EQ(CacheGets(buf, sizeof buf, f), nullptr);
@@ -99,10 +87,9 @@ TEST_F(FileCacheTest, FallsBackToAFileObjectWhenThePackageWillNotDump) {
     pind::test::TempDir dir;
     const std::string path = dir.Write("disk.txt", "line 1\r\nline 2\n");
     m_pack.refuseDump = true;
-    const uint64_t before = FileCacheInstance().nIssued;
     const uint64_t h = CacheOpen(path.c_str(), "rb", 0);
     ASSERT_NE(h, 0u);
-    EXPECT_EQ(FileCacheInstance().nIssued, before);  // no memory handle issued
+    EXPECT_EQ(FileCacheInstance().nIssued, m_base);  // no memory handle issued
     EXPECT_TRUE(FileCacheInstance().mapEntries[h].IsFallback());
     char buf[16] = {};
     EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "line 1");  // the file object's line rules

@@ -1,4 +1,4 @@
-// Shared by the files tests: installing a package for one scope, and the package-mode client.
+// Shared by the files tests: the package-mode client and a fake package.
 #ifndef PIND_TESTS_FILES_FILESTESTSUPPORT_H_
 #define PIND_TESTS_FILES_FILESTESTSUPPORT_H_
 
@@ -13,22 +13,8 @@
 
 namespace pind::test {
 
-/// Installs `package` for the life of the object, then puts back the one before.
-class ScopedPackage {
-public:
-    explicit ScopedPackage(platform::IPindPackage* package)
-        : m_previous(platform::SetPackage(package)) {}
-    ~ScopedPackage() { platform::SetPackage(m_previous); }
-    ScopedPackage(const ScopedPackage&) = delete;
-    ScopedPackage& operator=(const ScopedPackage&) = delete;
-
-private:
-    platform::IPindPackage* m_previous;
-};
-
 /// A client with packages in use and package-first mode on.
-class PackageFirstClient : public RecordingClient {
-public:
+struct PackageFirstClient : RecordingClient {
     PackageFirstClient() {
         packageInUse = true;
         packageMode = 1;
@@ -36,7 +22,7 @@ public:
 };
 
 /// A package that serves named byte strings, records the names asked for, and can be told to
-/// come up short on reads. Installs itself while it lives.
+/// come up short on reads or to refuse Dump. Installs itself while it lives.
 class FakePackage : public platform::IPindPackage {
 public:
     FakePackage() : m_previous(platform::SetPackage(this)) {}
@@ -52,18 +38,15 @@ public:
     int Open(const char* name, platform::PackHandle* handle) override {
         opened.emplace_back(name);
         const auto it = files.find(name);
-        if (it == files.end()) {
-            return -1;
-        }
-        *handle = &it->second;
-        return 0;
+        *handle = it == files.end() ? nullptr : &it->second;
+        return it == files.end() ? -1 : 0;
     }
     uint32_t GetLen(platform::PackHandle handle) override {
-        return static_cast<uint32_t>(static_cast<std::string*>(handle)->size());
+        return static_cast<uint32_t>(Bytes(handle).size());
     }
     uint32_t Read(void* buffer, uint32_t size, uint32_t count,
                   platform::PackHandle handle) override {
-        const std::string& bytes = *static_cast<std::string*>(handle);
+        const std::string& bytes = Bytes(handle);
         uint32_t n = size * count < bytes.size() ? size * count : uint32_t(bytes.size());
         n = n > shortBy ? n - shortBy : 0;
         std::memcpy(buffer, bytes.data(), n);
@@ -90,6 +73,9 @@ public:
     }
 
 private:
+    static const std::string& Bytes(platform::PackHandle h) {
+        return *static_cast<std::string*>(h);
+    }
     platform::IPindPackage* m_previous;
 };
 
