@@ -20,24 +20,68 @@ const char kFalse[] = "false";
 // is bounded to the buffer (anything that fits is exact).
 constexpr size_t kNumberBuffer = 64;
 
-void AppendUnsigned(std::string* pOut, uint64_t n) {
-    char buf[24];
-    char* p = buf + sizeof buf;
+// Writes the decimal digits of `n` at `p`; returns the end.
+char* PutUnsigned(char* p, uint64_t n) {
+    size_t len = 1;
+    for (uint64_t rest = n; rest >= 10; rest /= 10) {
+        ++len;
+    }
+    char* q = p + len;
     do {
-        *--p = static_cast<char>('0' + n % 10);
+        *--q = static_cast<char>('0' + n % 10);
         n /= 10;
     } while (n != 0);
-    pOut->append(p, static_cast<size_t>(buf + sizeof buf - p));
+    return p + len;
+}
+
+char* PutSigned(char* p, int64_t n) {
+    if (n < 0) {
+        *p++ = '-';
+        // Negate in unsigned arithmetic so that INT64_MIN stays exact.
+        return PutUnsigned(p, 0 - static_cast<uint64_t>(n));
+    }
+    return PutUnsigned(p, static_cast<uint64_t>(n));
+}
+
+// "%02d" of a value: zero-filled to two places only from 0 to 9 (a negative value is already two
+// characters wide).
+char* PutPad2(char* p, int n) {
+    if (n >= 0 && n <= 9) {
+        *p++ = '0';
+        *p++ = static_cast<char>('0' + n);
+        return p;
+    }
+    return PutSigned(p, n);
+}
+
+// 0 to 99, zero-filled to two places.
+char* PutTwoDigits(char* p, int n) {
+    *p++ = static_cast<char>('0' + n / 10);
+    *p++ = static_cast<char>('0' + n % 10);
+    return p;
+}
+
+char* PutText(char* p, const char* pszText) {
+    const size_t len = std::strlen(pszText);
+    std::memcpy(p, pszText, len);
+    return p + len;
+}
+
+// A literal's characters, without its terminator.
+template <size_t N>
+char* PutLiteral(char* p, const char (&text)[N]) {
+    std::memcpy(p, text, N - 1);
+    return p + N - 1;
+}
+
+void AppendUnsigned(std::string* pOut, uint64_t n) {
+    char buf[24];
+    pOut->append(buf, PutUnsigned(buf, n));
 }
 
 void AppendSigned(std::string* pOut, int64_t n) {
-    if (n < 0) {
-        pOut->push_back('-');
-        // Negate in unsigned arithmetic so that INT64_MIN stays exact.
-        AppendUnsigned(pOut, 0 - static_cast<uint64_t>(n));
-    } else {
-        AppendUnsigned(pOut, static_cast<uint64_t>(n));
-    }
+    char buf[24];
+    pOut->append(buf, PutSigned(buf, n));
 }
 
 void AppendFixed(std::string* pOut, double d) {
@@ -305,6 +349,70 @@ void AppendEscaped(std::string* pOut, const char* pText, size_t nLen) {
     pOut->append(pText + runStart, nLen - runStart);
 }
 
+namespace {
+
+// Everything of a structured text from the message on; the opening and header come before it.
+void AppendStructuredBody(std::string* pOut, const LogRecord& record) {
+    AppendEscaped(pOut, record.strMsg.data(), record.strMsg.size());
+    pOut->push_back('"');
+    if (!record.vecTop.empty()) {
+        pOut->append(", ", 2);
+        AppendAttributes(pOut, record.vecTop);
+    }
+    if (!record.vecContext.empty()) {
+        pOut->append(", \"attr\": { \"c\": {");
+        AppendAttributes(pOut, record.vecContext);
+        pOut->append("} } ");
+    }
+    pOut->push_back('}');
+}
+
+// The zone text as ZoneText prints it (at most 14 characters).
+char* PutZone(char* p, long nTimezone, long nDstBias) {
+    const long offset = -(nTimezone + nDstBias);
+    const int hours = static_cast<int>(std::labs(offset / 3600));
+    const long rest = offset % 3600;
+    // The minutes go through a 32-bit float, as the zone text always has.
+    const float fMinutes = static_cast<float>(rest) / 3600.0f * 60.0f;
+    const int minutes = std::abs(static_cast<int>(fMinutes));
+    // "%c%02d%02d", "%c%02d%d", "%c%d%02d" or "%c%d%d": a part is zero-filled when it is <= 9.
+    *p++ = offset < 0 ? '-' : '+';
+    p = PutPad2(p, hours);
+    return PutPad2(p, minutes);
+}
+
+// Room for a "logtime" text: six numbers of at most 11 characters, separators and the zone.
+constexpr size_t kLogTimeRoom = 96;
+// The writer's header up to the source name: fixed fragments, the "logtime" text, "ts" and a level.
+constexpr size_t kHeaderRoom = kLogTimeRoom + 96;
+
+// The "logtime" text as LogTimeText prints it ("%d-%d-%d %d:%d:%d %s").
+char* PutLogTime(char* p, int64_t nNowSeconds) {
+    const long tz = pind::platform::GetTimezone();
+    const long dst = pind::platform::GetDstBias();
+    std::tm tm{};
+    if (!pind::platform::LocalTime64(nNowSeconds + tz + dst, &tm)) {
+        tm = std::tm{};
+        tm.tm_year = -1900;
+        tm.tm_mon = -1;
+    }
+    p = PutSigned(p, tm.tm_year + 1900);
+    *p++ = '-';
+    p = PutSigned(p, tm.tm_mon + 1);
+    *p++ = '-';
+    p = PutSigned(p, tm.tm_mday);
+    *p++ = ' ';
+    p = PutSigned(p, tm.tm_hour);
+    *p++ = ':';
+    p = PutSigned(p, tm.tm_min);
+    *p++ = ':';
+    p = PutSigned(p, tm.tm_sec);
+    *p++ = ' ';
+    return PutZone(p, tz, dst);
+}
+
+}  // namespace
+
 void FormatRecordText(const LogAttributes& header, const LogRecord& record, std::string* pOut) {
     pOut->clear();
     if (record.nKind != 0) {
@@ -323,74 +431,91 @@ void FormatRecordText(const LogAttributes& header, const LogRecord& record, std:
         AppendAttributes(pOut, header);
         pOut->append(", \"msg\": \"");
     }
-    AppendEscaped(pOut, record.strMsg.data(), record.strMsg.size());
-    pOut->push_back('"');
-    if (!record.vecTop.empty()) {
-        pOut->append(", ", 2);
-        AppendAttributes(pOut, record.vecTop);
-    }
-    if (!record.vecContext.empty()) {
-        pOut->append(", \"attr\": { \"c\": {");
-        AppendAttributes(pOut, record.vecContext);
-        pOut->append("} } ");
-    }
-    pOut->push_back('}');
+    AppendStructuredBody(pOut, record);
 }
 
 void MakeHeader(uint32_t nLevel, const std::string& strSource, int64_t nNowSeconds,
                 LogAttributes* pOut) {
-    pOut->clear();
-    pOut->reserve(4);
-    pOut->emplace_back("logtime", LogValue(LogTimeText(nNowSeconds)));
-    pOut->emplace_back("ts", LogValue(static_cast<long long>(nNowSeconds * 1000)));
-    pOut->emplace_back("level", LogValue(LevelName(nLevel)));
-    pOut->emplace_back("src", LogValue(strSource));
+    // Reuses the list's entries: assigning a value keeps the storage its strings already have.
+    pOut->resize(4);
+    LogAttribute* a = pOut->data();
+    a[0].strKey.assign("logtime", 7);
+    a[0].value = LogValue(LogTimeText(nNowSeconds));
+    a[1].strKey.assign("ts", 2);
+    a[1].value = LogValue(static_cast<long long>(nNowSeconds * 1000));
+    a[2].strKey.assign("level", 5);
+    a[2].value = LogValue(LevelName(nLevel));
+    a[3].strKey.assign("src", 3);
+    a[3].value = LogValue(strSource);
 }
 
 std::string ZoneText(long nTimezone, long nDstBias) {
-    const long offset = -(nTimezone + nDstBias);
-    const int hours = static_cast<int>(std::labs(offset / 3600));
-    const long rest = offset % 3600;
-    // The minutes go through a 32-bit float, as the zone text always has.
-    const float fMinutes = static_cast<float>(rest) / 3600.0f * 60.0f;
-    const int minutes = std::abs(static_cast<int>(fMinutes));
-    const char sign = offset < 0 ? '-' : '+';
     char buf[24];
-    if (hours <= 9 && minutes <= 9) {
-        std::snprintf(buf, sizeof buf, "%c%02d%02d", sign, hours, minutes);
-    } else if (hours <= 9) {
-        std::snprintf(buf, sizeof buf, "%c%02d%d", sign, hours, minutes);
-    } else if (minutes <= 9) {
-        std::snprintf(buf, sizeof buf, "%c%d%02d", sign, hours, minutes);
-    } else {
-        std::snprintf(buf, sizeof buf, "%c%d%d", sign, hours, minutes);
-    }
-    return buf;
+    return std::string(buf, PutZone(buf, nTimezone, nDstBias));
 }
 
 std::string LogTimeText(int64_t nNowSeconds) {
-    const long tz = pind::platform::GetTimezone();
-    const long dst = pind::platform::GetDstBias();
-    std::tm tm{};
-    if (!pind::platform::LocalTime64(nNowSeconds + tz + dst, &tm)) {
-        tm = std::tm{};
-        tm.tm_year = -1900;
-        tm.tm_mon = -1;
-    }
-    const std::string zone = ZoneText(tz, dst);
-    // Local buffers rather than process-wide ones: the text is the same, and writers need no lock.
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%d-%d-%d %d:%d:%d %s", tm.tm_year + 1900, tm.tm_mon + 1,
-                  tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, zone.c_str());
-    return buf;
+    char buf[kLogTimeRoom];
+    return std::string(buf, PutLogTime(buf, nNowSeconds));
 }
 
 std::string LineTimeText(int64_t nNowSeconds) {
     std::tm tm{};
     pind::platform::LocalTime64(nNowSeconds, &tm);
     char buf[64];
-    const size_t n = std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tm);
-    return std::string(buf, n);
+    return std::string(buf, pind::detail::FormatLineTime(tm, buf));
 }
 
 }  // namespace _log
+
+namespace pind::detail {
+
+void AppendWriterText(uint32_t nLevel, const std::string& strSource, int64_t nNowSeconds,
+                      const _log::LogRecord& record, std::string* pOut) {
+    if (record.nKind != 0) {
+        return;  // the plain form of a record with a header is empty
+    }
+    // The header list MakeHeader builds, printed as FormatRecordText prints it. The logtime text is
+    // digits, '-', ':', '+' and blanks, and the level names need no escape either.
+    char buf[_log::kHeaderRoom];
+    char* p = _log::PutLiteral(buf, "{ \"logtime\": \"");
+    p = _log::PutLogTime(p, nNowSeconds);
+    p = _log::PutLiteral(p, "\", \"ts\": ");
+    p = _log::PutSigned(p, static_cast<long long>(nNowSeconds * 1000));
+    p = _log::PutLiteral(p, ", \"level\": \"");
+    p = _log::PutText(p, _log::LevelName(nLevel));
+    p = _log::PutLiteral(p, "\", \"src\": \"");
+    pOut->append(buf, p);
+    _log::AppendEscaped(pOut, strSource.data(), strSource.size());
+    pOut->append("\", \"msg\": \"");
+    _log::AppendStructuredBody(pOut, record);
+}
+
+size_t FormatLineTime(const std::tm& tm, char (&buf)[64]) {
+    const int year = tm.tm_year + 1900;
+    if (year >= 1000 && year <= 9999 && tm.tm_mon >= 0 && tm.tm_mon <= 11 && tm.tm_mday >= 1 &&
+        tm.tm_mday <= 31 && tm.tm_hour >= 0 && tm.tm_hour <= 23 && tm.tm_min >= 0 &&
+        tm.tm_min <= 59 && tm.tm_sec >= 0 && tm.tm_sec <= 60) {
+        // "%Y-%m-%d %H:%M:%S" of a valid time, without strftime's per-call overhead; anything else
+        // is left to strftime.
+        char* p = _log::PutTwoDigits(buf, year / 100);
+        p = _log::PutTwoDigits(p, year % 100);
+        *p++ = '-';
+        p = _log::PutTwoDigits(p, tm.tm_mon + 1);
+        *p++ = '-';
+        p = _log::PutTwoDigits(p, tm.tm_mday);
+        *p++ = ' ';
+        p = _log::PutTwoDigits(p, tm.tm_hour);
+        *p++ = ':';
+        p = _log::PutTwoDigits(p, tm.tm_min);
+        *p++ = ':';
+        p = _log::PutTwoDigits(p, tm.tm_sec);
+        *p = '\0';
+        return static_cast<size_t>(p - buf);
+    }
+    const size_t n = std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tm);
+    buf[n] = '\0';
+    return n;
+}
+
+}  // namespace pind::detail

@@ -10,6 +10,14 @@ const std::string kKeyNoCallback = "__cb__";
 const std::string kKeyFile = "file";
 const std::string kKeyLine = "line";
 
+// Appends key = value in place: one copy of the value, where constructing a LogAttribute from a
+// temporary copies it twice more.
+void AppendAttribute(LogAttributes* pAttrs, const std::string& strKey, const LogValue& value) {
+    LogAttribute& a = pAttrs->emplace_back();
+    a.strKey = strKey;
+    a.value = value;
+}
+
 void ReplaceOrAppend(LogAttributes* pAttrs, const LogAttribute& attr) {
     for (LogAttribute& a : *pAttrs) {
         if (a.strKey == attr.strKey) {
@@ -52,11 +60,11 @@ void CLogger::Log(uint32_t nLevel, const std::string& strMsg, const LogAttribute
             bHasCate = true;
             strCate.clear();
             a.value.AppendPlain(&strCate);
-            top.emplace_back(kKeyCate, LogValue(strCate));
+            AppendAttribute(&top, kKeyCate, LogValue(strCate));
         } else if (a.strKey == kKeySource) {
             if (a.value.Kind() == LogValue::kSource) {
-                top.emplace_back(kKeyFile, LogValue(a.value.Text()));
-                top.emplace_back(kKeyLine, LogValue(a.value.Number32()));
+                AppendAttribute(&top, kKeyFile, LogValue(a.value.Text()));
+                AppendAttribute(&top, kKeyLine, LogValue(a.value.Number32()));
             }
         } else if (a.strKey == kKeyNoFile) {
             bToFile = false;
@@ -67,7 +75,7 @@ void CLogger::Log(uint32_t nLevel, const std::string& strMsg, const LogAttribute
         }
     }
     if (!bHasCate) {
-        top.emplace_back(kKeyCate, LogValue(m_config.strName));
+        AppendAttribute(&top, kKeyCate, LogValue(m_config.strName));
     }
     if (bHasCate && !GetLoggerFactory()->IsCategoryEnabled(strCate)) {
         return;

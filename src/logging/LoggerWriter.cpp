@@ -1,6 +1,7 @@
 #include "pind/logging/LoggerWriter.h"
 
 #include <atomic>
+#include <charconv>
 #include <cstring>
 #include <ctime>
 #include <unordered_set>
@@ -30,6 +31,15 @@ SharedWriterState& Shared() {
 
 std::atomic<ILogCallback*> g_pCallback{nullptr};
 
+// "YYYY-mm-dd HH:MM:SS" and the blank after it.
+constexpr size_t kLineTimeRoom = 20;
+
+void AppendUnsigned(std::string* pOut, unsigned n) {
+    char buf[16];
+    const std::to_chars_result r = std::to_chars(buf, buf + sizeof buf, n);
+    pOut->append(buf, r.ptr);
+}
+
 }  // namespace
 
 LoggerConfig::LoggerConfig() : strModule(pind::detail::DefaultModuleName()) {}
@@ -58,14 +68,17 @@ void CLoggerWriterDirctToFile::Write(int32_t nLevel, const LogRecord& record, bo
     }
     pind::platform::CriticalSectionGuard guard(m_cs);
     const int64_t now = pind::platform::Time64();
-    LogAttributes header;
-    MakeHeader(static_cast<uint32_t>(nLevel), m_config.strSource, now, &header);
-    std::string text;
-    FormatRecordText(header, record, &text);
+    // The file line is built in one buffer, so that it goes out in one write: room for the line
+    // time and its blank (known only later), then the text, then " \n".
+    std::string line;
+    line.reserve(256);
+    line.append(kLineTimeRoom, ' ');
+    pind::detail::AppendWriterText(static_cast<uint32_t>(nLevel), m_config.strSource, now, record,
+                                   &line);
 
     if (bToCallback) {
         if (ILogCallback* pCallback = g_pCallback.load()) {
-            pCallback->OnLog(static_cast<uint32_t>(nLevel), text.c_str());
+            pCallback->OnLog(static_cast<uint32_t>(nLevel), line.c_str() + kLineTimeRoom);
         }
     }
     if (!bToFile) {
@@ -74,14 +87,20 @@ void CLoggerWriterDirctToFile::Write(int32_t nLevel, const LogRecord& record, bo
 
     std::tm local{};
     pind::platform::LocalTime64(now, &local);
-    char date[256];
-    std::snprintf(date, sizeof date, "%u_%u_%u", static_cast<unsigned>(local.tm_year + 1900),
-                  static_cast<unsigned>(local.tm_mon + 1), static_cast<unsigned>(local.tm_mday));
 
     SharedWriterState& shared = Shared();
     pind::platform::CriticalSectionGuard sharedGuard(shared.cs);
-    const std::string folder = "./" + shared.strFolder;
-    m_strPath = folder + "/" + date + m_config.strFileSuffix;
+    // "./<folder>/" then the date "%u_%u_%u" and the suffix, built in place of the last path.
+    m_strPath.assign("./", 2);
+    m_strPath.append(shared.strFolder);
+    const size_t nFolderEnd = m_strPath.size();
+    m_strPath.push_back('/');
+    AppendUnsigned(&m_strPath, static_cast<unsigned>(local.tm_year + 1900));
+    m_strPath.push_back('_');
+    AppendUnsigned(&m_strPath, static_cast<unsigned>(local.tm_mon + 1));
+    m_strPath.push_back('_');
+    AppendUnsigned(&m_strPath, static_cast<unsigned>(local.tm_mday));
+    m_strPath.append(m_config.strFileSuffix);
     if (m_pFile != nullptr) {
         std::fclose(m_pFile);
     }
@@ -89,18 +108,27 @@ void CLoggerWriterDirctToFile::Write(int32_t nLevel, const LogRecord& record, bo
     // every line (an existing folder is no error), without a system call per line.
     m_pFile = std::fopen(m_strPath.c_str(), "a+");
     if (m_pFile == nullptr) {
-        pind::platform::MakeDir(folder.c_str());
+        pind::platform::MakeDir(m_strPath.substr(0, nFolderEnd).c_str());
         m_pFile = std::fopen(m_strPath.c_str(), "a+");
     }
     if (m_pFile == nullptr) {
         return;
     }
     // Identical texts (same second, same content) are written once per process.
-    if (shared.setWritten.insert(text).second) {
+    if (shared.setWritten.insert(line.substr(kLineTimeRoom)).second) {
         char lineTime[64];
-        const size_t n = std::strftime(lineTime, sizeof lineTime, "%Y-%m-%d %H:%M:%S", &local);
-        lineTime[n] = '\0';
-        std::fprintf(m_pFile, "%s %s \n", lineTime, text.c_str());
+        const size_t nTime = pind::detail::FormatLineTime(local, lineTime);
+        if (nTime + 1 == kLineTimeRoom) {
+            std::memcpy(&line[0], lineTime, nTime);
+        } else {
+            line.replace(0, kLineTimeRoom - 1, lineTime, nTime);
+        }
+        // As with fprintf("%s %s \n"), the text ends at its first zero byte.
+        line.resize(std::strlen(line.c_str()));
+        line.append(" \n", 2);
+        // Unbuffered: the line is one block already, and stdio need not size a buffer for it.
+        std::setvbuf(m_pFile, nullptr, _IONBF, 0);
+        std::fwrite(line.data(), 1, line.size(), m_pFile);
     }
     std::fclose(m_pFile);
     m_pFile = nullptr;

@@ -96,6 +96,23 @@ TEST_F(LoggerWriterTest, PlainRecordsAreEmptyTextsWrittenOnce) {
     EXPECT_EQ(ReadLines("./debug/2024_5_7.txt"), std::vector<std::string>{"2024-05-07 01:03:12  "});
 }
 
+TEST_F(LoggerWriterTest, FileLineIsTheCallbackTextWhateverItsLength) {
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    const std::string longMsg(10000, 'x');  // longer than any stdio buffer
+    const std::string msg = "cut";
+    writer.Write(_log::LOG_INFO, _log::LogRecord(0, longMsg, {}, {}), true, true);
+    // A raw value may hold a zero byte: the text ends there, in the file as in the callback.
+    writer.Write(_log::LOG_INFO,
+                 _log::LogRecord(0, msg, {{"r", LogValue::Raw(std::string("a\0b", 3))}}, {}), true,
+                 true);
+    const auto entries = m_callback.Entries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[1].second.substr(entries[1].second.size() - 6), "\"r\": a");
+    EXPECT_EQ(ReadLines(kDayFile),
+              (std::vector<std::string>{"2024-05-07 01:03:12 " + entries[0].second + " ",
+                                        "2024-05-07 01:03:12 " + entries[1].second + " "}));
+}
+
 TEST_F(LoggerWriterTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks) {
     m_dir.Write("blocked", "a file where a folder should be");
     m_dir.Write("taken/keep", "");

@@ -5,7 +5,9 @@
 #ifndef PIND_LOGGING_LOGRECORD_H_
 #define PIND_LOGGING_LOGRECORD_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <utility>
 #include <vector>
@@ -168,5 +170,18 @@ PIND_API std::string LogTimeText(int64_t nNowSeconds);
 PIND_API std::string LineTimeText(int64_t nNowSeconds);
 
 }  // namespace _log
+
+namespace pind::detail {
+
+/// Appends the text the file writer makes of `record` at `nLevel` and `nNowSeconds`: the same bytes
+/// as MakeHeader followed by FormatRecordText, without building the header list.
+PIND_API void AppendWriterText(uint32_t nLevel, const std::string& strSource, int64_t nNowSeconds,
+                               const _log::LogRecord& record, std::string* pOut);
+
+/// Prints `tm` as strftime's "%Y-%m-%d %H:%M:%S" into `buf` (zero-terminated); returns the length,
+/// 0 when strftime gives nothing.
+PIND_API size_t FormatLineTime(const std::tm& tm, char (&buf)[64]);
+
+}  // namespace pind::detail
 
 #endif  // PIND_LOGGING_LOGRECORD_H_
