@@ -111,6 +111,20 @@ uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
     return nFirst;
 }
 
+// Copies the line's `nLen` bytes and zeroes the rest of the buffer, as callers may rely on.
+// `nWindow` bytes of the source may be read. A short line is copied as a fixed 128 bytes, which
+// the compiler inlines; the zeroing then overwrites the excess.
+inline void CopyLine(char* pszBuffer, int nCapacity, const uint8_t* pSource, size_t nLen,
+                     size_t nWindow) {
+    constexpr size_t kShortLine = 128;
+    if (nLen <= kShortLine && nWindow >= kShortLine) {
+        std::memcpy(pszBuffer, pSource, kShortLine);
+    } else if (nLen > 0) {
+        std::memcpy(pszBuffer, pSource, nLen);
+    }
+    std::memset(pszBuffer + nLen, 0, static_cast<size_t>(nCapacity) - nLen);
+}
+
 // The memory line read over (data, size) from `*pPos`; see CPackFile::ReadLine.
 inline char* MemLine(const uint8_t* pData, uint32_t uSize, uint32_t uFirstSpecial, uint32_t* pPos,
                      char* pszBuffer, int nCapacity, size_t* pLength) {
@@ -121,15 +135,12 @@ inline char* MemLine(const uint8_t* pData, uint32_t uSize, uint32_t uFirstSpecia
     const size_t nLeft = uPos < uSize ? uSize - uPos : 0;
     const size_t nMax = static_cast<size_t>(nCapacity) - 1;
     const size_t nWindow = nLeft < nMax ? nLeft : nMax;
-    const LineScan scan =
-        ScanLine(pData + uPos, nWindow, nLeft > 0 && uPos + nWindow <= uFirstSpecial);
+    // A cursor seeked past the end reads nothing; no pointer is formed beyond the data.
+    const uint8_t* pAt = nLeft > 0 ? pData + uPos : pData;
+    const LineScan scan = ScanLine(pAt, nWindow, nLeft > 0 && uPos + nWindow <= uFirstSpecial);
     const bool bEnded =
         scan.stop == LineScan::kMark || (scan.stop == LineScan::kWindow && nWindow == nLeft);
-    if (scan.length > 0) {
-        std::memcpy(pszBuffer, pData + uPos, scan.length);
-    }
-    // The whole buffer ends up zeroed past the line, as callers may rely on.
-    std::memset(pszBuffer + scan.length, 0, static_cast<size_t>(nCapacity) - scan.length);
+    CopyLine(pszBuffer, nCapacity, pAt, scan.length, nWindow);
     *pPos = uPos + static_cast<uint32_t>(scan.length);
     if (pLength != nullptr) {
         *pLength = scan.firstZero < scan.length ? scan.firstZero : scan.length;
@@ -409,12 +420,27 @@ char* PackFGets(char* pszBuffer, int nCapacity, CPackFile* pFile) {
         nLen = pszLine != nullptr ? std::strlen(pszLine) : 0;
         pszSource = pszLine;
     } else {
-        const uint32_t uFrom = pFile->m_uPos;
-        // Inlined here rather than through ReadLine: line reads are the hot path.
+        const uint32_t uPos = pFile->m_uPos;
+        const size_t nLeft = uPos < pFile->m_uSize ? pFile->m_uSize - uPos : 0;
+        const size_t nWindow =
+            nLeft < static_cast<size_t>(nCapacity) - 1 ? nLeft : static_cast<size_t>(nCapacity) - 1;
+        if (nLeft > 0 && uPos + nWindow <= pFile->m_uFirstSpecial) {
+            const uint8_t* pSource = pFile->m_pData + uPos;
+            // Only a newline can end a line here, and the line is never empty-and-ended: this is
+            // MemLine's plain case, written out because line reads are the hot path.
+            const void* pNewline = std::memchr(pSource, '\n', nWindow);
+            nLen = pNewline != nullptr
+                       ? static_cast<size_t>(static_cast<const uint8_t*>(pNewline) - pSource) + 1
+                       : nWindow;
+            CopyLine(pszBuffer, nCapacity, pSource, nLen, nWindow);
+            pFile->m_uPos = uPos + static_cast<uint32_t>(nLen);
+            HandleTerminator(pFile, pszBuffer, reinterpret_cast<const char*>(pSource), nLen);
+            return pszBuffer;
+        }
         pszLine = MemLine(pFile->m_pData, pFile->m_uSize, pFile->m_uFirstSpecial, &pFile->m_uPos,
                           pszBuffer, nCapacity, &nLen);
         pszSource = pszLine != nullptr && nLen > 0
-                        ? reinterpret_cast<const char*>(pFile->m_pData) + uFrom
+                        ? reinterpret_cast<const char*>(pFile->m_pData) + uPos
                         : pszLine;
     }
     if (pszLine != nullptr) {

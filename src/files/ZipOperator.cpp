@@ -23,6 +23,60 @@ struct ArchiveCloser {
     ~ArchiveCloser() { unzClose(archive); }
 };
 
+// The buffer being filled and the operator's staging chunk.
+struct Output {
+    unsigned char* pBuffer;
+    size_t nCapacity;
+    unsigned char* pChunk;
+};
+
+// Reads from `nTotal` on by the chunk rule: read a chunk, stop when the read gives less than one
+// byte or would not fit, else append it. Returns the bytes kept; `*pFailed` tells a read failed.
+size_t ReadChunks(unzFile archive, const Output& out, size_t nTotal, bool* pFailed) {
+    for (;;) {
+        // A chunk that fits whole is read in place, which gives the same bytes as staging it.
+        const bool bFits = nTotal + CMyZipOperator::kChunkSize <= out.nCapacity;
+        unsigned char* pTarget = bFits ? out.pBuffer + nTotal : out.pChunk;
+        const int nRead = unzReadCurrentFile(archive, pTarget, CMyZipOperator::kChunkSize);
+        if (nRead < 0) {
+            *pFailed = true;
+        }
+        if (nRead < 1 || nTotal + static_cast<size_t>(nRead) > out.nCapacity) {
+            return nTotal;
+        }
+        if (!bFits) {
+            std::memcpy(out.pBuffer + nTotal, out.pChunk, static_cast<size_t>(nRead));
+        }
+        nTotal += static_cast<size_t>(nRead);
+    }
+}
+
+// The chunk rule, faster: while whole chunks fit, many are read at once, so that zlib copies
+// matches out of the output rather than its window. An intact entry yields the same bytes and
+// stops at the same place; `*pFailed` tells a read failed, after which the result is not the chunk
+// rule's.
+size_t ReadSpans(unzFile archive, const Output& out, bool* pFailed) {
+    // Well inside the int a read returns; larger spans gain nothing more.
+    constexpr size_t kSpan = size_t{CMyZipOperator::kChunkSize} * 128;
+    size_t nTotal = 0;
+    for (;;) {
+        const size_t nRoom =
+            (out.nCapacity - nTotal) / CMyZipOperator::kChunkSize * CMyZipOperator::kChunkSize;
+        if (nRoom == 0) {
+            return ReadChunks(archive, out, nTotal, pFailed);
+        }
+        const auto nAsk = static_cast<unsigned>(nRoom < kSpan ? nRoom : kSpan);
+        const int nRead = unzReadCurrentFile(archive, out.pBuffer + nTotal, nAsk);
+        if (nRead < 0) {
+            *pFailed = true;
+        }
+        if (nRead < 1) {
+            return nTotal;
+        }
+        nTotal += static_cast<size_t>(nRead);
+    }
+}
+
 }  // namespace
 
 CMyZipOperator::CMyZipOperator() { std::memset(m_chunk, 0, sizeof m_chunk); }
@@ -96,21 +150,22 @@ unsigned int CMyZipOperator::ReadFirstFile(const char* pszZipPath, unsigned char
         return 0;
     }
     unsigned char* pOut = m_pBuffer.get();
-    std::memset(pOut, 0, m_nCapacity);
     *ppData = pOut;
     if (unzOpenCurrentFile(archive) != UNZ_OK) {
+        std::memset(pOut, 0, m_nCapacity);
         return 0;
     }
-    size_t nTotal = 0;
-    for (;;) {
-        std::memset(m_chunk, 0, sizeof m_chunk);
-        const int nRead = unzReadCurrentFile(archive, m_chunk, sizeof m_chunk);
-        if (nRead < 1 || nTotal + static_cast<size_t>(nRead) > m_nCapacity) {
-            break;
-        }
-        std::memcpy(pOut + nTotal, m_chunk, static_cast<size_t>(nRead));
-        nTotal += static_cast<size_t>(nRead);
+    const Output out{pOut, m_nCapacity, m_chunk};
+    bool bFailed = false;
+    size_t nTotal = ReadSpans(archive, out, &bFailed);
+    if (bFailed) {
+        // Where a damaged entry stops depends on how its reads were cut: read it again from the
+        // start, one chunk at a time.
+        unzCloseCurrentFile(archive);
+        nTotal = unzOpenCurrentFile(archive) == UNZ_OK ? ReadChunks(archive, out, 0, &bFailed) : 0;
     }
+    // Zeroing only what no read wrote leaves the buffer as zeroing all of it first would.
+    std::memset(pOut + nTotal, 0, m_nCapacity - nTotal);
     unzCloseCurrentFile(archive);
     return static_cast<unsigned int>(nDeclared);
 }

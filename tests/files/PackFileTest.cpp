@@ -3,6 +3,7 @@
 // PackModesTest.cpp.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <string>
 #include <tuple>
@@ -165,6 +166,30 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByte) {
         const char* got = PackFGets(buf.data(), capacity, f);
         EXPECT_EQ(got ? got + ("|" + std::to_string(f->GetLineEnds())) : "null", want) << bytes;
         EXPECT_EQ(buf[static_cast<size_t>(capacity)], '#') << "wrote past the capacity";
+    }
+}
+
+TEST_F(PackFileMemory, GetsZeroesTheWholeBufferPastLongLines) {
+    // Line length with its '\n', capacity; a zero byte after the line takes the other scan.
+    const std::pair<size_t, int> cases[] = {{100, 256}, {128, 256}, {129, 256}, {200, 256},
+                                            {300, 256}, {128, 129}, {129, 129}, {127, 130}};
+    for (const bool bZeroAfter : {false, true}) {
+        for (const auto& [length, capacity] : cases) {
+            std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
+            if (bZeroAfter) {
+                bytes[length + 10] = '\0';
+            }
+            CPackFile* f = Open(bytes);
+            std::vector<char> buf(static_cast<size_t>(capacity) + 1, '#');
+            ASSERT_EQ(PackFGets(buf.data(), capacity, f), buf.data()) << length << " " << capacity;
+            const size_t read = std::min(length, static_cast<size_t>(capacity) - 1);
+            EXPECT_EQ(f->GetPos(), read) << length << " " << capacity;
+            EXPECT_EQ(std::string(buf.data(), read), bytes.substr(0, read));
+            EXPECT_TRUE(std::all_of(buf.begin() + static_cast<std::ptrdiff_t>(read), buf.end() - 1,
+                                    [](char c) { return c == '\0'; }))
+                << length << " " << capacity << ": a byte past the line is not zero";
+            EXPECT_EQ(buf.back(), '#');
+        }
     }
 }
 

@@ -128,6 +128,35 @@ TEST_F(Zip, DamagedArchives) {
     }
 }
 
+TEST_F(Zip, DamagedEntryKeepsTheWholeChunksReadBeforeTheDamage) {
+    // A deflate stream by hand: stored blocks holding the text, then a block of the invalid type
+    // 3. Written as a stored entry, then relabelled deflated.
+    const std::string text = Pattern(150000);
+    std::string stream;
+    for (size_t at = 0; at < text.size(); at += 50000) {
+        const auto n = static_cast<uint16_t>(std::min<size_t>(50000, text.size() - at));
+        const uint16_t lengths[] = {n, static_cast<uint16_t>(~n)};
+        stream += '\0';  // not the last block; stored
+        stream.append(reinterpret_cast<const char*>(lengths), sizeof lengths);
+        stream.append(text, at, n);
+    }
+    stream += '\x07';  // the last block; type 3
+    Make("bad.zip", {{"t.txt", stream, false}});
+    std::string bytes = WithDeclaredSize(m_dir.Read("bad.zip"), 200000);
+    bytes[bytes.find("PK\x03\x04") + 8] = 8;
+    bytes[bytes.find("PK\x01\x02") + 10] = 8;
+    const std::string path = m_dir.Write("bad.zip", bytes);
+
+    CMyZipOperator zip;
+    unsigned char* data = nullptr;
+    ASSERT_EQ(zip.ReadFirstFile(path.c_str(), &data), 200000u);
+    // The read that met the bad block gives nothing: 18 whole chunks are kept.
+    const size_t kept = 18 * CMyZipOperator::kChunkSize;
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(data), kept), text.substr(0, kept));
+    EXPECT_TRUE(
+        std::all_of(data + kept, data + zip.GetCapacity(), [](unsigned char c) { return c == 0; }));
+}
+
 TEST_F(Zip, PackageIndexesByLowerCasedNameAndHandsEntriesOver) {
     const std::string path = Make("p.zip", {{"Data/Items.TXT", "stored bytes", false},
                                             {"data/deflated.txt", Pattern(5000), true},
