@@ -4,26 +4,11 @@
 #include <cstdint>
 #include <string>
 
-#include "pind/client/PindClient.h"
+#include "FuzzInput.h"
 #include "pind/config/PindIni.h"
-#include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
-#include "pind/platform/Package.h"
 
 namespace {
-
-// Serves every name from the package; debug text is dropped.
-class PackageClient : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return true; }
-    int GetPackageMode() override { return 1; }
-    CPackFile* OpenFile(const char* name, const char* mode, bool) override {
-        return PackFOpen(name, mode);
-    }
-    CPackFile* OpenFileEx(const char* name, const char* mode, bool, bool) override {
-        return PackFOpen(name, mode);
-    }
-};
 
 void Query(CPindIni& ini) {
     for (bool more = ini.FirstSection(); more; more = ini.NextSection()) {
@@ -42,12 +27,7 @@ void Query(CPindIni& ini) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static PackageClient client;
-    static CMemoryPackage package;
-    SetClient(&client);
-    pind::platform::SetPackage(&package);
-    package.AddFile("fuzz.ini",
-                    std::string(data != nullptr ? reinterpret_cast<const char*>(data) : "", size));
+    pind::fuzz::ServeAsPackagedFile("fuzz.ini", data, size);
 
     static const char* const kKeys[] = {"k3y", "", "\x80\x7f"};
     const char* key = kKeys[size > 0 ? data[0] % 3 : 0];

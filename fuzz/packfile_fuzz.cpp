@@ -4,28 +4,11 @@
 #include <cstdio>
 #include <string>
 
-#include "pind/client/PindClient.h"
-#include "pind/files/MemoryPackage.h"
+#include "FuzzInput.h"
 #include "pind/files/PackFile.h"
-#include "pind/platform/Package.h"
-
-namespace {
-
-class PackageClient : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return true; }
-    int GetPackageMode() override { return 1; }
-};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static PackageClient client;
-    static CMemoryPackage package;
-    SetClient(&client);
-    pind::platform::SetPackage(&package);
-    package.AddFile("fuzz.txt",
-                    std::string(data != nullptr ? reinterpret_cast<const char*>(data) : "", size));
+    pind::fuzz::ServeAsPackagedFile("fuzz.txt", data, size);
 
     CPackFile* f = PackFOpen("fuzz.txt", "r");
     if (f == nullptr) {
