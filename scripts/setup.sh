@@ -8,7 +8,7 @@ packages=(
     cmake ninja-build g++ clang pkg-config
     libfmt-dev zlib1g-dev libminizip-dev libtinyxml-dev
     libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev
-    libspdlog-dev libinih-dev
+    libspdlog-dev libinih-dev rapidjson-dev libcjson-dev libpugixml-dev libtinyxml2-dev
 )
 
 missing=()

@@ -9,32 +9,26 @@ namespace {
 
 struct Command {
     const char* name;
-    const char* usage;
+    const char* summary;  // one line for `pind --help`; the usage lives beside the command
     int (*run)(int argc, char** argv);
 };
 
 const Command kCommands[] = {
-    {"demo", "demo [--data DIR] [--keep]  run the library end to end on the sample data",
-     pind::tool::RunDemo},
-    {"crypt", "crypt KEYHEX [--decrypt] [--change-code N]  stream-cipher standard input to output",
-     pind::tool::RunCrypt},
-    {"log", "log [--level NAME] [--cate C] [--folder F] MESSAGE [key=value ...]  write one record",
-     pind::tool::RunLog},
-    {"zip", "zip first ARCHIVE -o OUT  write the archive's first entry to OUT", pind::tool::RunZip},
-    {"pack", "pack (ls | cat) (--dir DIR | --zip ARCHIVE) [NAME]  list or print packaged files",
-     pind::tool::RunPack},
-    {"ini",
-     "ini (show FILE [--key KEY | --scrambled] [--get SECTION KEY] | scramble SRC DST KEY | set "
-     "FILE SECTION KEY VALUE)  read, scramble or edit an INI file",
-     pind::tool::RunIni},
+    {"demo", "run the library end to end on the sample data", pind::tool::RunDemo},
+    {"crypt", "stream-cipher standard input to standard output", pind::tool::RunCrypt},
+    {"log", "write one log record", pind::tool::RunLog},
+    {"zip", "write a zip archive's first entry to a file", pind::tool::RunZip},
+    {"pack", "list or print packaged files", pind::tool::RunPack},
+    {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
 };
 
 void PrintHelp(std::FILE* out) {
-    std::fprintf(out,
-                 "usage: pind COMMAND [ARGS...]\n"
-                 "       pind --help | --version\n\ncommands:\n");
+    std::fprintf(
+        out,
+        "usage: pind COMMAND [ARGS...]\n"
+        "       pind --help | --version\n\ncommands (pind COMMAND --help for each one's usage):\n");
     for (const Command& c : kCommands) {
-        std::fprintf(out, "  %s\n", c.usage);
+        std::fprintf(out, "  %-8s %s\n", c.name, c.summary);
     }
 }
 

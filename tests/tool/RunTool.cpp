@@ -1,0 +1,52 @@
+#include "tool/RunTool.h"
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "support/TempDir.h"
+
+namespace pind::test {
+namespace {
+
+// Single-quotes a word for sh: every byte stays itself, a quote becomes '\''.
+std::string Quote(const std::string& word) {
+    std::string quoted = "'";
+    for (char c : word) {
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return quoted + "'";
+}
+
+}  // namespace
+
+ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
+                const std::string& cwd, const std::vector<std::string>& env) {
+    TempDir io;
+    const std::string in = io.Write("stdin", input);
+    std::string command;
+    if (!cwd.empty()) {
+        command += "cd " + Quote(cwd) + " && ";
+    }
+    command += "env";
+    for (const std::string& e : env) {
+        command += " " + Quote(e);
+    }
+    command += " " + Quote(PIND_TOOL_PATH);
+    for (const std::string& a : args) {
+        command += " " + Quote(a);
+    }
+    command +=
+        " <" + Quote(in) + " >" + Quote(io.File("stdout")) + " 2>" + Quote(io.File("stderr"));
+    const int raw = std::system(command.c_str());
+    ToolRun run;
+    if (raw != -1 && WIFEXITED(raw)) {
+        run.status = WEXITSTATUS(raw);
+    }
+    run.out = io.Read("stdout");
+    run.err = io.Read("stderr");
+    return run;
+}
+
+}  // namespace pind::test
