@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "pind/client/PindClient.h"
+#include "pind/client/PackFileClient.h"
 #include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/platform/Package.h"
@@ -30,22 +30,10 @@ inline std::string WriteInputFile(const char* name, const uint8_t* data, size_t 
     return std::fclose(f) == 0 && ok ? path : std::string();
 }
 
-/// A host that runs in package-first mode and opens every name through PackFOpen.
-class PackageFirstClient : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return true; }
-    int GetPackageMode() override { return 1; }
-    CPackFile* OpenFile(const char* name, const char* mode, bool) override {
-        return PackFOpen(name, mode);
-    }
-    CPackFile* OpenFileEx(const char* name, const char* mode, bool, bool) override {
-        return PackFOpen(name, mode);
-    }
-};
-
-/// Installs that host and an in-memory package holding the bytes as `name`; they stay installed.
+/// Installs a package-first host and an in-memory package holding the bytes as `name`; they stay
+/// installed.
 inline void ServeAsPackagedFile(const char* name, const uint8_t* data, size_t size) {
-    static PackageFirstClient s_client;
+    static CPackFileClient s_client(/*bPackageFirst=*/true);
     static CMemoryPackage s_package;
     SetClient(&s_client);
     platform::SetPackage(&s_package);

@@ -7,6 +7,7 @@
 #include "pind/Version.h"
 #include "pind/client/ClientWindow.h"
 #include "pind/client/Component.h"
+#include "pind/client/PackFileClient.h"
 #include "pind/client/PindClient.h"
 #include "pind/config/PindIni.h"
 #include "pind/crypto/BigInt.h"
