@@ -1,11 +1,30 @@
-// The conventions every pind command shares, checked on the built program.
+// The conventions every pind command shares, checked on the built program for each command that
+// `pind --help` lists.
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
+namespace pind::test {
 namespace {
 
-using pind::test::RunPind;
+// The command names in the "commands" part of `pind --help`.
+std::vector<std::string> Commands() {
+    std::istringstream help(RunPind({"--help"}).out);
+    std::vector<std::string> names;
+    bool inList = false;
+    for (std::string line; std::getline(help, line);) {
+        if (inList && line.rfind("  ", 0) == 0) {
+            names.push_back(line.substr(2, line.find(' ', 2) - 2));
+        }
+        inList = inList || line.rfind("commands", 0) == 0;
+    }
+    return names;
+}
 
 TEST(PindTool, HelpAndVersionGoToStdoutWithExitZero) {
     for (const char* flag : {"--help", "--version"}) {
@@ -23,4 +42,68 @@ TEST(PindTool, UnknownCommandIsAUsageError) {
     EXPECT_NE(run.err.find("unknown command"), std::string::npos);
 }
 
+TEST(PindTool, EveryCommandHasHelpOnStdoutAndUsageErrorsOnStderr) {
+    const std::vector<std::string> commands = Commands();
+    ASSERT_GE(commands.size(), 6u);
+    for (const std::string& command : commands) {
+        auto run = RunPind({command, "--help"});
+        EXPECT_EQ(run.status, 0) << command;
+        EXPECT_EQ(run.out.rfind("usage: pind " + command, 0), 0u) << command << ": " << run.out;
+        EXPECT_EQ(run.err, "") << command;
+
+        run = RunPind({command, "--no-such-option"});
+        EXPECT_EQ(run.status, 2) << command;
+        EXPECT_EQ(run.out, "") << command;
+        EXPECT_NE(run.err.find("usage: pind " + command), std::string::npos) << command;
+    }
+}
+
+TEST(PindTool, AFullDiskIsAFailureWithAMessage) {
+    TempDir dir;
+    dir.Write("a.ini", "[s]\nk=v\n");
+    dir.Write("pack/a.txt", "bytes");
+    struct Case {
+        std::vector<std::string> args;
+        std::string input;
+    };
+    const std::vector<Case> cases = {
+        {{"ini", "show", "a.ini"}, ""},
+        {{"pack", "ls", "--dir", "pack"}, ""},
+        {{"pack", "cat", "--dir", "pack", "a.txt"}, ""},
+        {{"crypt", "0701030905020406"}, "plain text"},
+        {{"demo"}, ""},
+        {{"ini", "--help"}, ""},
+    };
+    for (const Case& c : cases) {
+        const auto run = RunPindTo("/dev/full", c.args, c.input, dir.Path());
+        EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args[1];
+        EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos)
+            << c.args[0] << ": " << run.err;
+    }
+}
+
+TEST(PindTool, DemoFindsTheDataBesideItselfAndRefusesOtherData) {
+    TempDir dir;
+    auto run = RunPind({"demo"}, "", dir.Path());
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("demo finished"), std::string::npos);
+    EXPECT_EQ(run.err, "");
+
+    run = RunPind({"demo", "--data", dir.Path()});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err.find("no sample data there"), std::string::npos) << run.err;
+}
+
+TEST(PindTool, CryptRoundTripsThroughStandardStreams) {
+    const std::string plain(100000, 'p');
+    const auto encrypted = RunPind({"crypt", "0701030905020406", "--change-code", "0x1234"}, plain);
+    ASSERT_EQ(encrypted.status, 0) << encrypted.err;
+    EXPECT_NE(encrypted.out, plain);
+    const auto decrypted = RunPind(
+        {"crypt", "0701030905020406", "--change-code", "0x1234", "--decrypt"}, encrypted.out);
+    EXPECT_EQ(decrypted.out, plain);
+}
+
 }  // namespace
+}  // namespace pind::test

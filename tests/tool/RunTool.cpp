@@ -19,10 +19,8 @@ std::string Quote(const std::string& word) {
     return quoted + "'";
 }
 
-}  // namespace
-
-ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
-                const std::string& cwd, const std::vector<std::string>& env) {
+ToolRun Run(const std::vector<std::string>& args, const std::string& input, const std::string& cwd,
+            const std::vector<std::string>& env, const std::string& stdoutPath) {
     TempDir io;
     const std::string in = io.Write("stdin", input);
     std::string command;
@@ -37,16 +35,28 @@ ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
     for (const std::string& a : args) {
         command += " " + Quote(a);
     }
-    command +=
-        " <" + Quote(in) + " >" + Quote(io.File("stdout")) + " 2>" + Quote(io.File("stderr"));
+    const std::string out = stdoutPath.empty() ? io.File("stdout") : stdoutPath;
+    command += " <" + Quote(in) + " >" + Quote(out) + " 2>" + Quote(io.File("stderr"));
     const int raw = std::system(command.c_str());
     ToolRun run;
     if (raw != -1 && WIFEXITED(raw)) {
         run.status = WEXITSTATUS(raw);
     }
-    run.out = io.Read("stdout");
+    run.out = stdoutPath.empty() ? io.Read("stdout") : std::string();
     run.err = io.Read("stderr");
     return run;
+}
+
+}  // namespace
+
+ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
+                const std::string& cwd, const std::vector<std::string>& env) {
+    return Run(args, input, cwd, env, std::string());
+}
+
+ToolRun RunPindTo(const std::string& stdoutPath, const std::vector<std::string>& args,
+                  const std::string& input, const std::string& cwd) {
+    return Run(args, input, cwd, {}, stdoutPath);
 }
 
 }  // namespace pind::test

@@ -21,6 +21,11 @@ ToolRun RunPind(const std::vector<std::string>& args, const std::string& input =
                 const std::string& cwd = std::string(),
                 const std::vector<std::string>& env = std::vector<std::string>());
 
+/// RunPind with stdout sent to `stdoutPath` instead (e.g. "/dev/full" for a full disk); `out`
+/// stays empty.
+ToolRun RunPindTo(const std::string& stdoutPath, const std::vector<std::string>& args,
+                  const std::string& input = std::string(), const std::string& cwd = std::string());
+
 }  // namespace pind::test
 
 #endif  // PIND_TESTS_TOOL_RUNTOOL_H_

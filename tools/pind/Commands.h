@@ -15,6 +15,9 @@ struct DemoContext {
 
 /// Prints a demo section heading.
 void DemoHeading(const char* title);
+/// Reports a demo step that could not do its work ("pind: demo: WHAT" on stderr); the demo then
+/// exits 1 after the other steps have run.
+void DemoFail(const std::string& what);
 
 // Demo steps, in the order the demo runs them.
 void DemoClient(const DemoContext& ctx);

@@ -1,8 +1,13 @@
 // Shared exit-status, usage and checked-output helpers of the pind commands.
 #include "ToolSupport.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include "pind/platform/System.h"
 
 namespace pind::tool {
 
@@ -52,6 +57,51 @@ bool FlushOut() {
         NoteOutFailure();
     }
     return !g_outFailed;
+}
+
+HostScope::HostScope(platform::IPindPackage* package)
+    : m_host(/*bPackageFirst=*/package != nullptr), m_previous(platform::SetPackage(package)) {
+    SetClient(&m_host);
+}
+
+HostScope::~HostScope() {
+    SetClient(nullptr);
+    platform::SetPackage(m_previous);
+}
+
+std::string TempPathBeside(const std::string& target) {
+    return target + ".pind-" + std::to_string(platform::CurrentProcessId()) + ".tmp";
+}
+
+bool ReplaceWith(const std::string& temp, const std::string& target, std::string* why) {
+    std::error_code ec;
+    std::filesystem::rename(temp, target, ec);
+    if (!ec) {
+        return true;
+    }
+    *why = ec.message();
+    std::filesystem::remove(temp, ec);
+    return false;
+}
+
+std::string UnreadableFileReason(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::file_status status = std::filesystem::status(path, ec);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        return "no such file";
+    }
+    if (ec) {
+        return ec.message();
+    }
+    if (status.type() == std::filesystem::file_type::directory) {
+        return "is a folder";
+    }
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) {
+        return std::strerror(errno);
+    }
+    std::fclose(f);
+    return std::string();
 }
 
 }  // namespace pind::tool

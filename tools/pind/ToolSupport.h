@@ -8,6 +8,9 @@
 #include <cstddef>
 #include <string>
 
+#include "pind/client/PackFileClient.h"
+#include "pind/platform/Package.h"
+
 namespace pind::tool {
 
 /// Exit statuses of every command.
@@ -33,6 +36,31 @@ bool WriteOut(const void* data, std::size_t size);
 bool WriteOut(const std::string& text);
 /// Flushes stdout and reports whether every earlier write reached it.
 bool FlushOut();
+
+/// Installs a CPackFileClient, and `package` when not null (package-first mode), for one scope.
+class HostScope {
+public:
+    explicit HostScope(platform::IPindPackage* package = nullptr);
+    ~HostScope();
+    HostScope(const HostScope&) = delete;
+    HostScope& operator=(const HostScope&) = delete;
+    CPackFileClient& Host() { return m_host; }
+
+private:
+    CPackFileClient m_host;
+    platform::IPindPackage* m_previous;
+};
+
+/// A path in the same folder as `target` for a new version of it, so that a rename replaces the
+/// target in one step; unique to this process.
+std::string TempPathBeside(const std::string& target);
+
+/// Renames `temp` over `target`. On failure removes `temp`, sets `why` and returns false.
+bool ReplaceWith(const std::string& temp, const std::string& target, std::string* why);
+
+/// Why `path` cannot hold a regular file to read: "" when it can be opened, else "no such file",
+/// "is a folder", or the system's reason.
+std::string UnreadableFileReason(const std::string& path);
 
 }  // namespace pind::tool
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "ToolSupport.h"
 #include "pind/crypto/BigInt.h"
 #include "pind/crypto/ClientCryptor.h"
 #include "pind/platform/EngineLog.h"
@@ -98,7 +99,7 @@ void DemoStrings(const DemoContext& ctx) {
     const std::string path = ctx.dataDir + "/strings/numbers.txt";
     std::ifstream in(path);
     if (!in) {
-        std::printf("  pind: demo: %s: cannot open\n", path.c_str());
+        DemoFail("strings: " + path + ": cannot open");
         return;
     }
     std::printf("  %s:\n  %-12s %10s %12s %22s %8s %10s\n", path.c_str(), "text", "StrToInt",
@@ -152,7 +153,7 @@ void DemoCipher(const DemoContext& ctx) {
     const std::string path = ctx.dataDir + "/crypt/message.txt";
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        std::printf("  pind: demo: %s: cannot open\n", path.c_str());
+        DemoFail("stream cipher: " + path + ": cannot open");
         return;
     }
     const std::vector<uint8_t> plain((std::istreambuf_iterator<char>(in)),
@@ -196,7 +197,16 @@ void DemoCipher(const DemoContext& ctx) {
 
 }  // namespace
 
+const char kCryptUsage[] =
+    "usage: pind crypt KEYHEX [--decrypt] [--change-code N]\n"
+    "  passes standard input through the client's stream cipher to standard output. KEYHEX is\n"
+    "  the eight key bytes as 16 hexadecimal digits; --change-code rekeys with the 32-bit N\n"
+    "  (decimal or 0x-hexadecimal) first.";
+
 int RunCrypt(int argc, char** argv) {
+    if (WantsHelp(argc, argv)) {
+        return PrintUsage(kCryptUsage);
+    }
     const char* keyText = nullptr;
     bool decrypt = false;
     bool change = false;
@@ -206,23 +216,19 @@ int RunCrypt(int argc, char** argv) {
             decrypt = true;
         } else if (std::strcmp(argv[i], "--change-code") == 0 && i + 1 < argc) {
             if (!ParseCode(argv[++i], &code)) {
-                std::fprintf(stderr, "pind: crypt: %s: not a 32-bit change code\n", argv[i]);
-                return 2;
+                return UsageError("crypt", kCryptUsage,
+                                  std::string(argv[i]) + ": not a 32-bit change code");
             }
             change = true;
         } else if (keyText == nullptr && argv[i][0] != '-') {
             keyText = argv[i];
         } else {
-            std::fprintf(stderr, "pind: crypt: unknown argument %s\n", argv[i]);
-            return 2;
+            return UsageError("crypt", kCryptUsage, std::string(argv[i]) + ": unknown argument");
         }
     }
     uint8_t key[8];
     if (keyText == nullptr || !ParseKey(keyText, key)) {
-        std::fprintf(stderr,
-                     "pind: crypt: KEYHEX must be 16 hexadecimal digits "
-                     "(usage: pind crypt KEYHEX [--decrypt] [--change-code N])\n");
-        return 2;
+        return UsageError("crypt", kCryptUsage, "KEYHEX must be 16 hexadecimal digits");
     }
     platform::SetBinaryMode(stdin);
     platform::SetBinaryMode(stdout);
@@ -238,16 +244,14 @@ int RunCrypt(int argc, char** argv) {
         } else {
             cryptor.Encrypt(chunk.data(), static_cast<int>(n));
         }
-        if (std::fwrite(chunk.data(), 1, n, stdout) != n) {
-            std::fprintf(stderr, "pind: crypt: standard output: write failed\n");
-            return 1;
+        if (!WriteOut(chunk.data(), n)) {
+            return kExitFailure;
         }
     }
     if (std::ferror(stdin)) {
-        std::fprintf(stderr, "pind: crypt: standard input: read failed\n");
-        return 1;
+        return Fail("crypt", "cannot read standard input");
     }
-    return std::fflush(stdout) == 0 ? 0 : 1;
+    return FlushOut() ? kExitOk : kExitFailure;
 }
 
 void DemoCrypt(const DemoContext& ctx) {

@@ -1,13 +1,16 @@
 // `pind zip` and `pind pack`: the zip reader and the package backends from the shell, and the
 // files step of the demo (one file read from disk, from a folder package and from a zip package).
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Commands.h"
-#include "pind/client/PindClient.h"
+#include "ToolSupport.h"
 #include "pind/files/DirPackage.h"
 #include "pind/files/FileCache.h"
 #include "pind/files/PackFile.h"
@@ -20,33 +23,15 @@
 namespace pind::tool {
 namespace {
 
-// A host that keeps packed resources in use and looks in the package first.
-class PackageHost : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return packageInUse; }
-    int GetPackageMode() override { return 1; }
-    bool packageInUse = true;
-};
+const char kZipUsage[] =
+    "usage: pind zip first ARCHIVE -o OUT\n"
+    "  writes the first entry of the zip ARCHIVE to the file OUT and prints its size";
 
-// Installs a host and a package for one scope.
-class PackageScope {
-public:
-    explicit PackageScope(platform::IPindPackage* package) {
-        SetClient(&m_host);
-        m_previous = platform::SetPackage(package);
-    }
-    ~PackageScope() {
-        platform::SetPackage(m_previous);
-        SetClient(nullptr);
-    }
-    PackageScope(const PackageScope&) = delete;
-    PackageScope& operator=(const PackageScope&) = delete;
-    PackageHost& Host() { return m_host; }
-
-private:
-    PackageHost m_host;
-    platform::IPindPackage* m_previous = nullptr;
-};
+const char kPackUsage[] =
+    "usage: pind pack ls (--dir DIR | --zip ARCHIVE)\n"
+    "       pind pack cat (--dir DIR | --zip ARCHIVE) NAME\n"
+    "  ls: lists the files a folder or zip package holds; cat: writes one of them to stdout\n"
+    "  (NAME matched ignoring case, as the game looks files up)";
 
 int RunZipFirst(int argc, char** argv) {
     const char* archive = nullptr;
@@ -57,13 +42,11 @@ int RunZipFirst(int argc, char** argv) {
         } else if (archive == nullptr) {
             archive = argv[i];
         } else {
-            std::fprintf(stderr, "pind: zip: unexpected argument %s\n", argv[i]);
-            return 2;
+            return UsageError("zip", kZipUsage, std::string(argv[i]) + ": unexpected argument");
         }
     }
     if (archive == nullptr || out == nullptr) {
-        std::fprintf(stderr, "usage: pind zip first ARCHIVE -o OUT\n");
-        return 2;
+        return UsageError("zip", kZipUsage);
     }
     CMyZipOperator zip;
     unsigned char* data = nullptr;
@@ -82,60 +65,83 @@ int RunZipFirst(int argc, char** argv) {
         std::fprintf(stderr, "pind: zip: %s: cannot write\n", out);
         return 1;
     }
-    std::printf("%u\n", size);
-    return 0;
+    return WriteOut(std::to_string(size) + "\n") && FlushOut() ? kExitOk : kExitFailure;
 }
 
-// The package named by --dir DIR or --zip ARCHIVE at argv[i], or null with a message.
-std::unique_ptr<platform::IPindPackage> OpenPackage(int argc, char** argv, int i,
-                                                    std::vector<std::string>* names) {
-    if (i + 1 >= argc) {
-        return nullptr;
+// Adds the regular files below `dir` (relative to `root`) to `names`; a folder or entry that
+// cannot be read is reported on stderr and makes the result false, and the walk goes on.
+bool ListFolder(const std::filesystem::path& root, const std::filesystem::path& dir,
+                std::vector<std::string>* names) {
+    std::error_code ec;
+    std::filesystem::directory_iterator it(dir, ec);
+    bool complete = !ec;
+    if (ec) {
+        Fail("pack", dir.generic_string() + ": cannot read: " + ec.message());
     }
-    const std::string where = argv[i + 1];
-    if (std::strcmp(argv[i], "--dir") == 0) {
-        auto pack = std::make_unique<CDirPackage>(where);
-        if (!pack->IsOpen()) {
-            std::fprintf(stderr, "pind: pack: %s: not a folder\n", where.c_str());
-            return nullptr;
+    for (const std::filesystem::directory_iterator end; !ec && it != end; it.increment(ec)) {
+        const std::filesystem::directory_entry& entry = *it;
+        std::error_code entryEc;
+        // Folder links are not followed, so a link cannot make the walk go round.
+        if (entry.is_directory(entryEc) && !entry.is_symlink(entryEc)) {
+            complete = ListFolder(root, entry.path(), names) && complete;
+        } else if (entry.is_regular_file(entryEc)) {
+            names->push_back(entry.path().lexically_relative(root).generic_string());
+        } else if (entryEc) {
+            Fail("pack", entry.path().generic_string() + ": cannot read: " + entryEc.message());
+            complete = false;
         }
-        *names = pack->List();
-        return pack;
     }
-    if (std::strcmp(argv[i], "--zip") == 0) {
-        auto pack = std::make_unique<CZipPackage>(where);
-        if (!pack->IsOpen()) {
-            std::fprintf(stderr, "pind: pack: %s: cannot open the archive\n", where.c_str());
-            return nullptr;
-        }
-        *names = pack->List();
-        return pack;
+    if (ec && complete) {
+        Fail("pack", dir.generic_string() + ": cannot read: " + ec.message());
+        complete = false;
     }
-    return nullptr;
+    return complete;
 }
 
 int RunPackCommand(int argc, char** argv) {
+    if (WantsHelp(argc, argv)) {
+        return PrintUsage(kPackUsage);
+    }
     const bool ls = argc >= 2 && std::strcmp(argv[1], "ls") == 0;
     const bool cat = argc >= 2 && std::strcmp(argv[1], "cat") == 0;
     if ((!ls && !cat) || argc != (ls ? 4 : 5) ||
         (std::strcmp(argv[2], "--dir") != 0 && std::strcmp(argv[2], "--zip") != 0)) {
-        std::fprintf(stderr,
-                     "usage: pind pack ls (--dir DIR | --zip ARCHIVE)\n"
-                     "       pind pack cat (--dir DIR | --zip ARCHIVE) NAME\n");
-        return 2;
+        return UsageError("pack", kPackUsage);
     }
+    const bool isDir = std::strcmp(argv[2], "--dir") == 0;
+    const std::string where = argv[3];
+    std::unique_ptr<platform::IPindPackage> pack;
     std::vector<std::string> names;
-    std::unique_ptr<platform::IPindPackage> pack = OpenPackage(argc, argv, 2, &names);
-    if (!pack) {
-        return 1;
+    bool complete = true;
+    if (isDir) {
+        auto dir = std::make_unique<CDirPackage>(where);
+        if (!dir->IsOpen()) {
+            return Fail("pack", where + ": not a folder");
+        }
+        if (ls) {
+            complete = ListFolder(where, where, &names);
+            std::sort(names.begin(), names.end());
+        }
+        pack = std::move(dir);
+    } else {
+        auto zip = std::make_unique<CZipPackage>(where);
+        if (!zip->IsOpen()) {
+            return Fail("pack", where + ": cannot open the archive");
+        }
+        names = zip->List();
+        pack = std::move(zip);
     }
     if (ls) {
+        bool written = true;
         for (const std::string& name : names) {
-            std::printf("%s\n", name.c_str());
+            written = written && WriteOut(name + "\n");
         }
-        return 0;
+        if (!(written && FlushOut())) {
+            return kExitFailure;
+        }
+        return complete ? kExitOk : Fail("pack", where + ": some entries could not be read");
     }
-    PackageScope scope(pack.get());
+    HostScope scope(pack.get());
     CPackFile* f = PackFOpen(argv[4], "rb");
     if (f == nullptr) {
         std::fprintf(stderr, "pind: pack: %s: not found in %s\n", argv[4], argv[3]);
@@ -143,18 +149,19 @@ int RunPackCommand(int argc, char** argv) {
     }
     platform::SetBinaryMode(stdout);  // the file's bytes, untranslated
     char buf[8192];
-    for (size_t n; (n = PackFRead(buf, 1, sizeof buf, f)) > 0;) {
-        std::fwrite(buf, 1, n, stdout);
+    bool written = true;
+    for (size_t n; written && (n = PackFRead(buf, 1, sizeof buf, f)) > 0;) {
+        written = WriteOut(buf, n);
     }
     PackFClose(f);
-    return 0;
+    return written && FlushOut() ? kExitOk : kExitFailure;
 }
 
 // Prints every line of `name` through PackFGets, with the terminators each line had.
 void ShowLines(const char* how, const char* name) {
     CPackFile* f = PackFOpen(name, "rb");
     if (f == nullptr) {
-        std::printf("  %s: %s did not open\n", how, name);
+        DemoFail(std::string("files: ") + how + ": " + name + " did not open");
         return;
     }
     std::printf("  %s: %s opened in %s mode, %d bytes\n", how, name,
@@ -173,11 +180,13 @@ void ShowLines(const char* how, const char* name) {
 }  // namespace
 
 int RunZip(int argc, char** argv) {
+    if (WantsHelp(argc, argv)) {
+        return PrintUsage(kZipUsage);
+    }
     if (argc >= 2 && std::strcmp(argv[1], "first") == 0) {
         return RunZipFirst(argc, argv);
     }
-    std::fprintf(stderr, "usage: pind zip first ARCHIVE -o OUT\n");
-    return 2;
+    return UsageError("zip", kZipUsage);
 }
 
 int RunPack(int argc, char** argv) { return RunPackCommand(argc, argv); }
@@ -188,14 +197,13 @@ void DemoFiles(const DemoContext& ctx) {
     const std::string archive = ctx.workDir + "/pack.zip";
 
     {
-        PackageScope scope(nullptr);
-        scope.Host().packageInUse = false;
+        HostScope scope;
         ShowLines("disk", (folder + "/Ini/Items.txt").c_str());
     }
 
     CDirPackage dir(folder);
     {
-        PackageScope scope(&dir);
+        HostScope scope(&dir);
         std::printf("  folder package over %s (names matched ignoring case)\n", folder.c_str());
         ShowLines("folder", "ini/items.txt");
         CPackFile* f = PackFOpen("./script/main.lua", "r");
@@ -205,7 +213,7 @@ void DemoFiles(const DemoContext& ctx) {
     }
 
     if (!ZipFolder(folder, archive)) {
-        std::printf("  could not zip %s\n", folder.c_str());
+        DemoFail("files: could not zip " + folder);
         return;
     }
     CZipPackage zip(archive);
@@ -215,7 +223,7 @@ void DemoFiles(const DemoContext& ctx) {
     }
     std::printf("\n");
     {
-        PackageScope scope(&zip);
+        HostScope scope(&zip);
         ShowLines("zip", "INI/ITEMS.TXT");
         CPackFile* f = PackFOpen("ini/items.txt", "rb");
         int id = 0, price = 0;

@@ -1,11 +1,14 @@
 // `pind ini`: show, scramble and set INI files from the shell, and the INI step of the demo (a
 // sample file scrambled with the key cipher, read back and queried).
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "Commands.h"
-#include "pind/client/PindClient.h"
+#include "ToolSupport.h"
 #include "pind/config/PindIni.h"
 #include "pind/crypto/KeyCipher.h"
 #include "pind/files/PackFile.h"
@@ -13,39 +16,28 @@
 namespace pind::tool {
 namespace {
 
-// A host that opens every name from disk, relative to the current folder.
-class DiskHost : public IPindClientNone {
-public:
-    CPackFile* OpenFile(const char* name, const char* mode, bool) override {
-        return PackFOpen(name, mode);
-    }
-    CPackFile* OpenFileEx(const char* name, const char* mode, bool, bool) override {
-        return PackFOpen(name, mode);
-    }
-};
+const char kIniUsage[] =
+    "usage: pind ini show FILE [--key KEY | --scrambled] [--get SECTION KEY]\n"
+    "       pind ini scramble SRC DST KEY\n"
+    "       pind ini set FILE SECTION KEY VALUE\n"
+    "  show: prints every section and key (or one value) of a plain, keyed or scrambled file;\n"
+    "  scramble: writes SRC's scrambled form to DST (replaced only when that succeeds);\n"
+    "  set: stores one value in FILE (created when missing), rewriting the whole file.";
 
-// Installs a DiskHost for one scope.
-class DiskHostScope {
-public:
-    DiskHostScope() { SetClient(&m_host); }
-    ~DiskHostScope() { SetClient(nullptr); }
-    DiskHostScope(const DiskHostScope&) = delete;
-    DiskHostScope& operator=(const DiskHostScope&) = delete;
+constexpr size_t kMaxScrambleKey = 127;
 
-private:
-    DiskHost m_host;
-};
-
-void PrintWalk(CPindIni& ini) {
-    for (bool more = ini.FirstSection(); more; more = ini.NextSection()) {
+bool PrintWalk(CPindIni& ini) {
+    bool ok = true;
+    for (bool more = ini.FirstSection(); more && ok; more = ini.NextSection()) {
         const CPindIni::SectionRecord* record = ini.GetCurrentSection();
-        std::printf("[%s]\n", record->strName.c_str());
+        ok = WriteOut("[" + record->strName + "]\n");
         if (record->pKeys != nullptr) {
             for (const auto& [key, value] : *record->pKeys) {
-                std::printf("%s=%s\n", key.c_str(), value.c_str());
+                ok = ok && WriteOut(key + "=" + value + "\n");
             }
         }
     }
+    return ok;
 }
 
 int RunShow(int argc, char** argv) {
@@ -65,65 +57,161 @@ int RunShow(int argc, char** argv) {
         } else if (file == nullptr && argv[i][0] != '-') {
             file = argv[i];
         } else {
-            std::fprintf(stderr, "pind: ini: show: unexpected argument %s\n", argv[i]);
-            return 2;
+            return UsageError("ini", kIniUsage, std::string(argv[i]) + ": unexpected argument");
         }
     }
     if (file == nullptr) {
-        std::fprintf(stderr,
-                     "usage: pind ini show FILE [--key KEY | --scrambled] [--get SECTION KEY]\n");
-        return 2;
+        return UsageError("ini", kIniUsage);
     }
-    DiskHostScope host;
+    const std::string reason = UnreadableFileReason(file);
+    if (!reason.empty()) {
+        return Fail("ini", std::string(file) + ": " + reason);
+    }
+    HostScope host;
     CPindIni ini;
     const bool loaded = scrambled ? ini.LoadScrambled(file) : ini.Load(file, key, false);
     if (!loaded) {
-        std::fprintf(stderr, "pind: ini: %s: cannot load\n", file);
-        return 1;
+        return Fail("ini", std::string(file) +
+                               (scrambled ? ": not in the scrambled form" : ": cannot load"));
     }
-    if (section != nullptr) {
-        std::printf("%s\n", ini.GetString(section, getKey, ""));
-    } else {
-        PrintWalk(ini);
-    }
-    return 0;
+    const bool written = section != nullptr
+                             ? WriteOut(std::string(ini.GetString(section, getKey, "")) + "\n")
+                             : PrintWalk(ini);
+    return written && FlushOut() ? kExitOk : kExitFailure;
 }
 
 void PrintCipherError(const char* text) { std::fprintf(stderr, "%s\n", text); }
 
+// Why `path` cannot be replaced by a new file: its folder is missing or it is a folder or it cannot
+// be written; "" when it can (a missing file can be).
+std::string UnreplaceableReason(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::path parent = std::filesystem::path(path).parent_path();
+    if (!parent.empty() && !std::filesystem::is_directory(parent, ec)) {
+        return parent.generic_string() + ": no such folder";
+    }
+    const std::filesystem::file_status status = std::filesystem::status(path, ec);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        return std::string();
+    }
+    if (ec) {
+        return ec.message();
+    }
+    if (status.type() == std::filesystem::file_type::directory) {
+        return "is a folder";
+    }
+    std::FILE* f = std::fopen(path.c_str(), "r+b");  // asks for write access, changes nothing
+    if (f == nullptr) {
+        return std::strerror(errno);
+    }
+    std::fclose(f);
+    return std::string();
+}
+
 int RunScramble(int argc, char** argv) {
     if (argc != 5) {
-        std::fprintf(stderr, "usage: pind ini scramble SRC DST KEY\n");
-        return 2;
+        return UsageError("ini", kIniUsage);
     }
+    const std::string source = argv[2];
+    const std::string target = argv[3];
+    const char* key = argv[4];
+    if (std::strlen(key) > kMaxScrambleKey) {
+        return UsageError(
+            "ini", kIniUsage,
+            "scramble: the key may have at most " + std::to_string(kMaxScrambleKey) + " bytes");
+    }
+    std::string reason = UnreadableFileReason(source);
+    if (!reason.empty()) {
+        return Fail("ini", source + ": " + reason);
+    }
+    reason = UnreplaceableReason(target);
+    if (!reason.empty()) {
+        return Fail("ini", target + ": " + reason);
+    }
+    // The cipher truncates its target before it reads anything, so it writes a new file that
+    // replaces the user's only once the whole of it is there.
+    const std::string temp = TempPathBeside(target);
     CMyCrypto crypto;
     crypto.SetErrorCallback(PrintCipherError);
-    if (!crypto.EncryptFile(argv[2], argv[3], argv[4])) {
-        if (std::strlen(argv[4]) < 128) {
-            std::fprintf(stderr, "pind: ini: scramble: %s or %s: cannot open\n", argv[2], argv[3]);
-        }
-        return 1;
+    if (!crypto.EncryptFile(source.c_str(), temp.c_str(), key)) {
+        std::error_code ec;
+        std::filesystem::remove(temp, ec);
+        return Fail("ini", "scramble: " + target + ": cannot write");
     }
-    return 0;
+    std::error_code ec;
+    const std::filesystem::file_status old = std::filesystem::status(target, ec);
+    if (!ec && std::filesystem::exists(old)) {
+        std::filesystem::permissions(temp, old.permissions(), ec);
+    }
+    if (!ReplaceWith(temp, target, &reason)) {
+        return Fail("ini", target + ": " + reason);
+    }
+    return kExitOk;
 }
 
 int RunSet(int argc, char** argv) {
     if (argc != 6) {
-        std::fprintf(stderr, "usage: pind ini set FILE SECTION KEY VALUE\n");
-        return 2;
+        return UsageError("ini", kIniUsage);
     }
-    DiskHostScope host;
-    CPindIni ini;
-    if (!ini.SetValue(argv[2], argv[3], argv[4], argv[5])) {
-        std::fprintf(stderr, "pind: ini: %s: cannot set [%s] %s\n", argv[2], argv[3], argv[4]);
-        return 1;
+    const std::string file = argv[2];
+    const char* section = argv[3];
+    const char* key = argv[4];
+    const char* value = argv[5];
+    if (*key == '\0') {
+        return UsageError("ini", kIniUsage, "set: KEY must not be empty");
     }
-    return 0;
+    std::string reason = UnreplaceableReason(file);
+    if (!reason.empty()) {
+        return Fail("ini", file + ": " + reason);
+    }
+    // The edit happens on a copy, which replaces the file once the value reads back from it.
+    const std::string temp = TempPathBeside(file);
+    std::error_code ec;
+    if (std::filesystem::exists(file, ec)) {
+        std::filesystem::copy_file(file, temp, std::filesystem::copy_options::overwrite_existing,
+                                   ec);
+        if (ec) {
+            return Fail("ini", temp + ": cannot write: " + ec.message());
+        }
+    }
+    std::string stored;
+    {
+        HostScope host;
+        bool saved = false;
+        {
+            CPindIni ini;  // its write file closes with it
+            saved = ini.SetValue(temp.c_str(), section, key, value);
+        }
+        CPindIni check;
+        if (saved && check.Load(temp.c_str())) {
+            const char* text = check.GetString(section, key, nullptr);
+            stored = text != nullptr ? text : "";
+            saved = text != nullptr;
+        } else {
+            saved = false;
+        }
+        if (!saved) {
+            std::filesystem::remove(temp, ec);
+            return Fail("ini", file + ": cannot save [" + std::string(section) + "] " + key);
+        }
+    }
+    if (stored != value) {
+        std::filesystem::remove(temp, ec);
+        return Fail("ini", file + ": the value does not survive a save (it reads back as \"" +
+                               stored + "\"); file left as it was");
+    }
+    if (!ReplaceWith(temp, file, &reason)) {
+        return Fail("ini", file + ": " + reason);
+    }
+    return kExitOk;
 }
 
 }  // namespace
 
 int RunIni(int argc, char** argv) {
+    if (WantsHelp(argc, argv)) {
+        return PrintUsage(kIniUsage);
+    }
     if (argc >= 2 && std::strcmp(argv[1], "show") == 0) {
         return RunShow(argc, argv);
     }
@@ -133,11 +221,8 @@ int RunIni(int argc, char** argv) {
     if (argc >= 2 && std::strcmp(argv[1], "set") == 0) {
         return RunSet(argc, argv);
     }
-    std::fprintf(stderr,
-                 "usage: pind ini show FILE [--key KEY | --scrambled] [--get SECTION KEY]\n"
-                 "       pind ini scramble SRC DST KEY\n"
-                 "       pind ini set FILE SECTION KEY VALUE\n");
-    return 2;
+    return UsageError("ini", kIniUsage,
+                      argc >= 2 ? std::string(argv[1]) + ": unknown subcommand" : std::string());
 }
 
 void DemoIni(const DemoContext& ctx) {
@@ -147,15 +232,15 @@ void DemoIni(const DemoContext& ctx) {
     CMyCrypto crypto;
     crypto.SetErrorCallback(PrintCipherError);
     if (!crypto.EncryptFile(plain.c_str(), scrambled.c_str(), "Pind#2024")) {
-        std::printf("could not scramble %s\n", plain.c_str());
+        DemoFail("ini: could not scramble " + plain);
         return;
     }
     std::printf("scrambled ini/client.ini with the key \"Pind#2024\" into client.sini\n");
 
-    DiskHostScope host;
+    HostScope host;
     CPindIni ini;
     if (!ini.LoadScrambled(scrambled.c_str())) {
-        std::printf("could not read %s back\n", scrambled.c_str());
+        DemoFail("ini: could not read " + scrambled + " back");
         return;
     }
     std::printf("read back %d sections:", ini.GetSectionCount());

@@ -3,12 +3,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Commands.h"
+#include "ToolSupport.h"
 #include "pind/logging/Logger.h"
+#include "pind/platform/Clock.h"
 #include "pind/platform/System.h"
 #include "pind/platform/TimeZone.h"
 
@@ -47,6 +51,42 @@ bool ParseLevel(const char* name, uint32_t* level) {
     return false;
 }
 
+// "./<log folder>/<year>_<month>_<day><suffix>" for the local day now, as the writer builds it.
+std::string DayFilePath(const std::string& suffix) {
+    std::tm local{};
+    platform::LocalTime64(platform::Time64(), &local);
+    return "./" + pind::detail::GetLogFolderName() + "/" + std::to_string(local.tm_year + 1900) +
+           "_" + std::to_string(local.tm_mon + 1) + "_" + std::to_string(local.tm_mday) + suffix;
+}
+
+// Why a line could not be appended to `path`: the first part of it that is missing, not a folder
+// or not writable, in the system's words.
+std::string WriteFailureReason(const std::string& path) {
+    const std::filesystem::path file(path);
+    std::error_code ec;
+    const std::filesystem::file_status folder = std::filesystem::status(file.parent_path(), ec);
+    if (ec) {
+        return file.parent_path().generic_string() + ": " + ec.message();
+    }
+    if (folder.type() != std::filesystem::file_type::directory) {
+        return file.parent_path().generic_string() + ": not a folder";
+    }
+    const std::filesystem::file_status status = std::filesystem::status(file, ec);
+    if (status.type() == std::filesystem::file_type::directory) {
+        return "is a folder";
+    }
+    if (status.type() == std::filesystem::file_type::not_found) {
+        return "cannot create files in " + file.parent_path().generic_string();
+    }
+    // Opened for update only, so that asking creates nothing.
+    std::FILE* f = std::fopen(path.c_str(), "r+b");
+    if (f == nullptr) {
+        return std::strerror(errno);
+    }
+    std::fclose(f);
+    return "the line did not reach the file";
+}
+
 class PrintingCallback : public _log::ILogCallback {
 public:
     void OnLog(uint32_t level, const char* text) override {
@@ -56,20 +96,30 @@ public:
 
 }  // namespace
 
+const char kLogUsage[] =
+    "usage: pind log [--level NAME] [--cate C] [--folder F] MESSAGE [key=value ...]\n"
+    "  writes one record through the default logger to ./F/<year>_<month>_<day>_x64.log (F is\n"
+    "  debug by default; always below the current folder) and prints the file's path.\n"
+    "  NAME: TRACE DEBUG INFO WARN ERROR FATAL or 0-5 (default INFO); key=value adds attributes\n"
+    "  (-digits: a number, true/false: a boolean, else text).";
+
 int RunLog(int argc, char** argv) {
+    if (WantsHelp(argc, argv)) {
+        return PrintUsage(kLogUsage);
+    }
     uint32_t level = _log::LOG_INFO;
     const char* cate = nullptr;
     const char* folder = nullptr;
     const char* message = nullptr;
     _log::LogAttributes attrs;
+    bool noFile = false;
     for (int i = 1; i < argc; ++i) {
         const char* arg = argv[i];
         const bool hasValue = i + 1 < argc;
         if (std::strcmp(arg, "--level") == 0 && hasValue) {
             if (!ParseLevel(argv[++i], &level)) {
-                std::fprintf(stderr, "pind: log: %s: unknown level (TRACE..FATAL or 0..5)\n",
-                             argv[i]);
-                return 2;
+                return UsageError("log", kLogUsage,
+                                  std::string(argv[i]) + ": unknown level (TRACE..FATAL or 0..5)");
             }
         } else if (std::strcmp(arg, "--cate") == 0 && hasValue) {
             cate = argv[++i];
@@ -80,44 +130,65 @@ int RunLog(int argc, char** argv) {
         } else if (message != nullptr && std::strchr(arg, '=') != nullptr) {
             const char* eq = std::strchr(arg, '=');
             attrs.emplace_back(std::string(arg, eq), ParseValue(eq + 1));
+            noFile = noFile || attrs.back().strKey == "__out__";
         } else {
-            std::fprintf(stderr, "pind: log: %s: unexpected argument\n", arg);
-            return 2;
+            return UsageError("log", kLogUsage, std::string(arg) + ": unexpected argument");
         }
     }
     if (message == nullptr) {
-        std::fprintf(stderr,
-                     "usage: pind log [--level NAME] [--cate C] [--folder F] MESSAGE "
-                     "[key=value ...]\n");
-        return 2;
+        return UsageError("log", kLogUsage);
+    }
+    // The writer puts the folder below "./" whatever it is, so a rooted one would land elsewhere.
+    if (folder != nullptr && (*folder == '\0' || std::filesystem::path(folder).has_root_path())) {
+        return UsageError("log", kLogUsage,
+                          std::string("--folder ") + folder +
+                              ": give a folder below the current one (the log always goes there)");
     }
     if (cate != nullptr) {
         attrs.emplace_back("cate", _log::LogValue(cate));
     }
     _log::ILoggerFactory* factory = _log::GetLoggerFactory();
     factory->SetLogFolder(folder);
-    _log::ILogger* logger = factory->GetDefaultLogger();
+    auto* logger = dynamic_cast<_log::CLogger*>(factory->GetDefaultLogger());
+    if (logger == nullptr) {
+        return Fail("log", "the default logger is not the library's own");
+    }
+    const _log::LoggerConfig& config = logger->Writer()->Config();
+    if (level < config.nMinLevel) {
+        return Fail("log", std::string("level ") + _log::LevelName(level) +
+                               " is below the minimum " + _log::LevelName(config.nMinLevel) +
+                               ": nothing written");
+    }
+    if (noFile) {
+        return Fail("log", "__out__ keeps the record out of the file: nothing written");
+    }
+    // The day's file as the writer will name it; its size shows whether the line went in.
+    const std::string expected = DayFilePath(config.strFileSuffix);
+    std::error_code ec;
+    const uintmax_t before = std::filesystem::file_size(expected, ec);
+    const uintmax_t sizeBefore = ec ? 0 : before;
+
     logger->Log(level, message, attrs);
-    auto* concrete = dynamic_cast<_log::CLogger*>(logger);
-    const std::string path = concrete != nullptr ? concrete->Writer()->LastPath() : std::string();
+    const std::string path = logger->Writer()->LastPath();
     if (path.empty()) {
-        std::fprintf(stderr, "pind: log: level %s is below the minimum, nothing written\n",
-                     _log::LevelName(level));
-        return 1;
+        return Fail("log", "the record went to no file");
     }
-    if (!std::filesystem::is_regular_file(path)) {
-        std::fprintf(stderr, "pind: log: %s: cannot write\n", path.c_str());
-        return 1;
+    const uintmax_t after = std::filesystem::file_size(path, ec);
+    if (ec || after <= (path == expected ? sizeBefore : 0)) {
+        return Fail("log", path + ": cannot write: " + WriteFailureReason(path));
     }
-    std::printf("%s\n", path.c_str());
-    return 0;
+    return WriteOut(path + "\n") && FlushOut() ? kExitOk : kExitFailure;
 }
 
 void DemoLogging(const DemoContext& ctx) {
     DemoHeading("logging");
     // The log folder is always below the current folder, so the demo logs from its scratch folder.
-    const std::filesystem::path previous = std::filesystem::current_path();
-    std::filesystem::current_path(ctx.workDir);
+    std::error_code ec;
+    const std::filesystem::path previous = std::filesystem::current_path(ec);
+    if (ec || (std::filesystem::current_path(ctx.workDir, ec), ec)) {
+        DemoFail("logging: cannot work in " + ctx.workDir + ": " + ec.message());
+        return;
+    }
     // A fixed zone (UTC+8) shows the pairing: "logtime" is UTC's wall clock with the zone's text,
     // the line time in front is local.
     const char* oldTz = std::getenv("TZ");
@@ -160,11 +231,13 @@ void DemoLogging(const DemoContext& ctx) {
             std::printf("    %s", line);
         }
         std::fclose(file);
+    } else {
+        DemoFail("logging: " + path + ": no log file was written");
     }
     std::printf("  (the ERROR message starts with GBK bytes, written unchanged)\n");
     platform::SetEnv("TZ", oldTz != nullptr ? savedTz.c_str() : nullptr);
     platform::TzSet();
-    std::filesystem::current_path(previous);
+    std::filesystem::current_path(previous, ec);
 }
 
 }  // namespace pind::tool

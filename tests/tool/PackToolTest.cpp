@@ -1,0 +1,53 @@
+// `pind pack ls --dir`: everything readable is listed, the rest is reported, and then it fails.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/TempDir.h"
+#include "tool/RunTool.h"
+#include "tool/ToolTestSupport.h"
+
+namespace pind::test {
+namespace {
+
+TEST(PackTool, ListsEveryFileBelowTheFolderSorted) {
+    TempDir dir;
+    dir.Write("pack/b.txt", "b");
+    dir.Write("pack/Ini/Items.txt", "i");
+    dir.Write("pack/a/deep/z.lua", "z");
+    const auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "Ini/Items.txt\na/deep/z.lua\nb.txt\n");
+}
+
+TEST(PackTool, AnEntryThatCannotBeReadIsReportedAndTheRestListed) {
+    TempDir dir;
+    dir.Write("pack/a.txt", "a");
+    dir.Write("pack/z/z.txt", "z");
+    std::filesystem::create_symlink("loop", dir.File("pack/loop"));  // resolves to nothing ever
+    const auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "a.txt\nz/z.txt\n");
+    EXPECT_NE(run.err.find("loop: cannot read"), std::string::npos) << run.err;
+}
+
+TEST(PackTool, AnUnreadableSubfolderIsReportedAndTheRestListed) {
+    if (!PermissionsHold()) {
+        GTEST_SKIP() << "root reads every folder";
+    }
+    TempDir dir;
+    dir.Write("pack/a.txt", "a");
+    dir.Write("pack/locked/secret.txt", "s");
+    dir.Write("pack/z.txt", "z");
+    chmod(dir.File("pack/locked").c_str(), 0);
+    const auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
+    chmod(dir.File("pack/locked").c_str(), 0755);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "a.txt\nz.txt\n");
+    EXPECT_NE(run.err.find("locked: cannot read"), std::string::npos) << run.err;
+}
+
+}  // namespace
+}  // namespace pind::test
