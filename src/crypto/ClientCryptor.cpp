@@ -4,6 +4,8 @@
 #include <cstring>
 #include <new>
 
+#include "crypto/CryptorSimd.h"
+
 // The tables depend on the position only: within a run of positions that share the high byte, the
 // A and P bytes are consecutive and B and Q are constants, so 16 or 32 bytes go through at once.
 // SSE2 is part of x86-64; AVX2 is chosen at run time where the compiler can target it per function.

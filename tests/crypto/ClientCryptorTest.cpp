@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "crypto/CryptorSimd.h"
 #include "pind/crypto/ClientCryptor.h"
 
 namespace {

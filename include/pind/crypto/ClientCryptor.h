@@ -1,6 +1,6 @@
-// The client's symmetric byte-stream cipher for network traffic: four 256-byte tables made from
-// eight key bytes, and a 16-bit position per direction, so a stream may be fed in pieces of any
-// size and one object can serve both ends of a duplex stream. The host supplies the key bytes.
+// The cipher on the client's network traffic. Eight key bytes from the host build four 256-byte
+// tables; each direction keeps its own 16-bit position, so data may arrive in chunks of any length
+// and sending and receiving through the same object do not disturb each other.
 //   IEncryptor* c = CreateClientCryptor(7, 1, 3, 9, 5, 2, 4, 6);
 //   c->Encrypt(buf, len);  ...  c->Release();
 #ifndef PIND_CRYPTO_CLIENTCRYPTOR_H_
@@ -83,19 +83,10 @@ private:
     int32_t m_nEnabled = 1;      // carried by copies; the cipher ignores it
 };
 
-/// A new CClientCryptor built from the same eight bytes in the same order, or null when allocation
-/// fails; end it with Release.
+/// A heap CClientCryptor with these key bytes, passed on in the constructor's order; null when
+/// allocation fails. End it with Release.
 PIND_API IEncryptor* CreateClientCryptor(uint8_t byMultiplierA, uint8_t byAddendA1,
                                          uint8_t byAddendA2, uint8_t bySeedA, uint8_t byMultiplierB,
                                          uint8_t byAddendB1, uint8_t byAddendB2, uint8_t bySeedB);
-
-namespace pind::detail {
-
-/// The cipher's inner loop: 0 the byte loop, 1 SSE2 (16 bytes a step), 2 AVX2 (32 bytes). Asks for
-/// `level` and returns the level now in use, the highest the processor and build allow at or
-/// below it; a negative level restores the automatic choice. For tests and benchmarks.
-PIND_API int SetCryptorSimdLevel(int level);
-
-}  // namespace pind::detail
 
 #endif  // PIND_CRYPTO_CLIENTCRYPTOR_H_
