@@ -28,7 +28,7 @@ PIND_API BOOL PostClientMessageUnchecked(WPARAM wParam, LPARAM lParam);
 PIND_API BOOL PostClientMessage102(WPARAM wParam, LPARAM lParam);
 /// With a window: posts kClientMessage106 (not counted); without one returns 0.
 PIND_API BOOL PostClientMessage106(WPARAM wParam, LPARAM lParam);
-/// Converts a screen point to the main window's client coordinates in place; 0 on failure.
+/// Rewrites a screen position as a position inside the main window; 0 on failure.
 PIND_API BOOL ScreenToMainWindow(POINT* point);
 
 #endif  // PIND_CLIENT_CLIENTWINDOW_H_

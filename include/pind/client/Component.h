@@ -1,5 +1,6 @@
-// Parent/child links that clean themselves up: each side keeps the set of its counterparts, and
-// a destroyed object removes itself from every counterpart and tells each through OnLinkDestroyed.
+// Many-to-many parent/child links with no dangling ends: both sides remember whom they are linked
+// to, and an object going away unlinks itself everywhere and calls OnLinkDestroyed on each object
+// it was linked to.
 //   class CUnit : public CCompParent { ... };  unit.AddChild(&buff);
 #ifndef PIND_CLIENT_COMPONENT_H_
 #define PIND_CLIENT_COMPONENT_H_

@@ -194,7 +194,8 @@ public:
     void Debug11() override {}
 };
 
-/// The current client; creates and installs an IPindClientNone when none is installed. Never null.
+/// The installed client, or a do-nothing IPindClientNone made and installed on the spot; never
+/// null.
 PIND_API IPindClient* GetClient();
 /// Makes `client` current (null allowed: the next GetClient creates a default). A library-made
 /// default that was current is destroyed; a host object that was current is left alone (the host

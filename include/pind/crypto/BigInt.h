@@ -1,5 +1,6 @@
-// 128- and 512-bit integers used as wide flag masks: bitwise operators, comparisons, single-bit
-// construction and bit-position queries; no arithmetic beyond Int512's one-bit left shift.
+// Fixed-width 128- and 512-bit values for sets of flags too large for one word (owned items,
+// unlocked features): bit operations, comparisons, one-bit masks and where the set bits are. No
+// arithmetic except Int512's shift by one bit.
 //   Int512 mask = Int512::FromBitIndex(40) | Int512::FromBitIndex(3);  mask.LowWordTopBit() == 3
 #ifndef PIND_CRYPTO_BIGINT_H_
 #define PIND_CRYPTO_BIGINT_H_
@@ -10,8 +11,8 @@
 
 #include "pind/platform/Export.h"
 
-// Signed 32-bit operands are sign-extended to 64 bits in every operation that takes one. A scalar
-// operand stands for the 128-bit value with `high` = 0.
+// An int32_t operand is widened to 64 bits with its sign, wherever one is accepted; any scalar
+// operand means the 128-bit value whose `high` half is zero.
 class PIND_API Int128 {
 public:
     Int128() = default;
@@ -36,7 +37,7 @@ public:
     Int128 operator|(const Int128& other) const;
     Int128 operator~() const;
 
-    /// low &= value and high becomes 0.
+    /// Masks the low half with the value; the high half is cleared.
     Int128& operator&=(int32_t nValue);
     Int128& operator&=(uint64_t u64Value);
     Int128& operator&=(const Int128& other);
@@ -92,7 +93,7 @@ public:
     Int512& operator|=(const Int512& other);
     /// Words 0-1 keep the masked value, the rest become zero.
     Int512 operator&(uint64_t u64Value) const;
-    /// Words 0-3 keep the masked 128 bits, the rest become zero.
+    /// The masked value fills words 0-3; words 4-15 are zero.
     Int512 operator&(const Int128& value) const;
 
     bool operator==(const Int512& other) const;
@@ -104,10 +105,11 @@ public:
     /// Unsigned, from word 15 down; equal values are not less.
     bool operator<(const Int512& other) const;
 
-    /// Shifts left by one bit in place; the top bit of word 15 is lost.
+    /// In place, one bit towards the top; what was the highest bit of word 15 drops off.
     void ShiftLeftOne();
     /// Significant bits of the highest non-zero word w plus 4 * w (not 32 * w: stored masks were
-    /// keyed by this), so it is the 1-based bit index only for bits in word 0; 0 for zero.
+    /// keyed by this), which matches the 1-based position only while the bit is in word 0; 0 for
+    /// zero.
     uint32_t HighBitIndex() const;
     /// 32 * w + 1 + the highest set bit of the lowest non-zero word w: the 1-based index of a
     /// single set bit. Zero gives 481, the value the search ends on.
