@@ -14,7 +14,6 @@
 #include "pind/config/PindIni.h"
 #include "pind/crypto/KeyCipher.h"
 #include "support/EngineLogCapture.h"
-#include "support/PackFileServing.h"
 #include "support/Printable.h"
 #include "support/RecordingClient.h"
 #include "support/TempDir.h"
@@ -59,7 +58,7 @@ std::string Record(std::string line, const char* pszKey) {
 
 class PindIniTest : public ::testing::Test {
 protected:
-    PindIniTest() { pind::test::ServeFilesFrom(m_client, m_dir.Path()); }
+    PindIniTest() { m_client.ServeFrom(m_dir.Path()); }
 
     RecordingClient m_client;
     TempDir m_dir;

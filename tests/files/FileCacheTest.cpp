@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "files/FilesTestSupport.h"
+#include "support/FakePackage.h"
 #include "pind/files/FileCache.h"
 #include "pind/files/PackFile.h"
 #include "support/TempDir.h"

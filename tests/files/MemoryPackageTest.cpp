@@ -9,6 +9,7 @@
 #include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/platform/Package.h"
+#include "support/FakePackage.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ TEST(MemoryPackage, ServesWhatItHoldsThroughTheEntryPoints) {
     }
     EXPECT_EQ(pack.List(), (std::vector<std::string>{"b.txt", "ini/a.ini"}));
 
-    pind::platform::SetPackage(&pack);
+    const pind::test::ScopedPackage installed(&pack);
     EXPECT_EQ(pind::platform::VoFExist("ini\\a.INI", 0), 1);
     pind::platform::PackHandle h = nullptr;
     ASSERT_EQ(pind::platform::VoFOpen("ini/a.ini", &h), 0);
@@ -38,7 +39,6 @@ TEST(MemoryPackage, ServesWhatItHoldsThroughTheEntryPoints) {
     EXPECT_TRUE(pack.RemoveFile("B.txt"));
     EXPECT_FALSE(pack.RemoveFile("B.txt"));
     EXPECT_EQ(pind::platform::VoFOpen("b.txt", &h), -1);
-    pind::platform::SetPackage(nullptr);
 }
 
 }  // namespace

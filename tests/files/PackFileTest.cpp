@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "files/FilesTestSupport.h"
+#include "support/FakePackage.h"
 #include "pind/files/PackFile.h"
 #include "support/EngineLogCapture.h"
 #include "support/TempDir.h"

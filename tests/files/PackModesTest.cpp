@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "files/FilesTestSupport.h"
+#include "support/FakePackage.h"
 #include "pind/files/DirPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/files/ZipPackage.h"

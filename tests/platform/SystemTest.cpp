@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -28,10 +29,7 @@ TEST(System, ModuleFileNameIsThisProgramAndCutsLikeWindows) {
     EXPECT_EQ(ModuleFileName(nullptr, 10), 0u);
 }
 
-TEST(System, ProcessIdIsStable) {
-    EXPECT_NE(CurrentProcessId(), 0u);
-    EXPECT_EQ(CurrentProcessId(), CurrentProcessId());
-}
+TEST(System, ProcessIdIsNotZero) { EXPECT_NE(CurrentProcessId(), 0u); }
 
 TEST(System, MakeDirCreatesOnceAndAttributesTellWhatIsThere) {
     test::TempDir dir;
@@ -120,14 +118,15 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
 TEST(System, ThreadTimesGrowWithWork) {
     ThreadTimes before{};
     ASSERT_TRUE(GetThreadTimes(&before));
+    // Busy for 50 ms of wall time: several ticks of even the coarsest thread clock.
     volatile double x = 1;
-    for (int i = 0; i < 20000000; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(50)) {
         x = x * 1.0000001;
     }
     ThreadTimes after{};
     ASSERT_TRUE(GetThreadTimes(&after));
-    EXPECT_GE(after.user + after.kernel, before.user + before.kernel);
-    EXPECT_GT(after.user + after.kernel, 0);
+    EXPECT_GT(after.user + after.kernel, before.user + before.kernel);
     EXPECT_FALSE(GetThreadTimes(nullptr));
 }
 

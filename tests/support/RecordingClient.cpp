@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "pind/files/PackFile.h"
+
 namespace pind::test {
 namespace {
 std::string Format(const char* format, va_list args) {
@@ -55,10 +57,10 @@ CPackFile* RecordingClient::OpenFileEx(const char* name, const char* mode, bool 
 }
 
 CPackFile* RecordingClient::Serve(const char* name, const char* mode) {
-    if (m_folder.empty() || !m_opener || name == nullptr || mode == nullptr) {
+    if (m_folder.empty() || name == nullptr || mode == nullptr) {
         return nullptr;
     }
-    return m_opener(m_folder + "/" + name, mode);
+    return PackFOpen((m_folder + "/" + name).c_str(), mode);
 }
 
 void RecordingClient::GetDescription(char* buffer) {

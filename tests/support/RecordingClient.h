@@ -1,11 +1,11 @@
-// A host client for tests: serves files from a folder the test names (null until it names one),
-// answers the file and profiler queries with settable values, and records what the library asks.
+// A host client for tests: opens the files of a folder the test names through PackFOpen (null
+// until it names one), answers the file and profiler queries with settable values, and records
+// what the library asks.
 //   pind::test::TempDir dir; pind::test::RecordingClient client;  // installed while it lives
 //   client.ServeFrom(dir.Path()); CPindIni ini("a.ini");
 #ifndef PIND_TESTS_SUPPORT_RECORDINGCLIENT_H_
 #define PIND_TESTS_SUPPORT_RECORDINGCLIENT_H_
 
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -17,16 +17,12 @@ namespace pind::test {
 
 class RecordingClient : public IPindClientNone {
 public:
-    /// Opens `path` (folder + "/" + name) with `mode`; the files subsystem's tests set this to
-    /// PackFOpen. Without one, OpenFile only records the request and answers null.
-    using Opener = std::function<CPackFile*(const std::string& path, const char* mode)>;
-
     /// Installs itself with SetClient; uninstalls on destruction.
     RecordingClient();
     ~RecordingClient() override;
 
+    /// OpenFile(name, mode) then opens PackFOpen(folder + "/" + name, mode).
     void ServeFrom(const std::string& folder) { m_folder = folder; }
-    void SetOpener(Opener opener) { m_opener = std::move(opener); }
 
     // Answers.
     bool packageInUse = false;
@@ -35,7 +31,7 @@ public:
     std::set<std::string> existing;                   // IsFileExist answers true for these
     std::map<std::string, std::string> translations;  // TranslatePath rewrites these
     bool profileAllowed = true;
-    std::string description;                          // GetDescription's line
+    std::string description;  // GetDescription's line
     std::string primaryFolder;
     std::string secondaryFolder;
 
@@ -74,7 +70,6 @@ private:
     CPackFile* Serve(const char* name, const char* mode);
 
     std::string m_folder;
-    Opener m_opener;
 };
 
 /// A debug object that records DebugPrintf texts; installed while it lives.

@@ -1,6 +1,8 @@
-// Shared by the files tests: the package-mode client and a fake package.
-#ifndef PIND_TESTS_FILES_FILESTESTSUPPORT_H_
-#define PIND_TESTS_FILES_FILESTESTSUPPORT_H_
+// Package fakes for tests: an installer that puts any package in place for one scope, a package
+// that serves named byte strings and records what it was asked, and a package-first client.
+//   pind::test::FakePackage pack; pack.files["ini/a.ini"] = "[s]\nk=1\n";  // installed
+#ifndef PIND_TESTS_SUPPORT_FAKEPACKAGE_H_
+#define PIND_TESTS_SUPPORT_FAKEPACKAGE_H_
 
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +14,19 @@
 #include "support/RecordingClient.h"
 
 namespace pind::test {
+
+/// Installs `package` for one scope and puts the previous one back.
+class ScopedPackage {
+public:
+    explicit ScopedPackage(platform::IPindPackage* package)
+        : m_previous(platform::SetPackage(package)) {}
+    ~ScopedPackage() { platform::SetPackage(m_previous); }
+    ScopedPackage(const ScopedPackage&) = delete;
+    ScopedPackage& operator=(const ScopedPackage&) = delete;
+
+private:
+    platform::IPindPackage* m_previous;
+};
 
 /// A client with packages in use and package-first mode on.
 struct PackageFirstClient : RecordingClient {
@@ -25,14 +40,14 @@ struct PackageFirstClient : RecordingClient {
 /// come up short on reads or to refuse Dump. Installs itself while it lives.
 class FakePackage : public platform::IPindPackage {
 public:
-    FakePackage() : m_previous(platform::SetPackage(this)) {}
-    ~FakePackage() override { platform::SetPackage(m_previous); }
+    FakePackage() : m_scope(this) {}
 
     std::map<std::string, std::string> files;
     std::vector<std::string> opened;   // names passed to Open
     std::vector<std::string> existed;  // names passed to Exist
     uint32_t shortBy = 0;              // Read returns this many bytes fewer
     bool refuseDump = false;
+    int closes = 0;
     int undumps = 0;
 
     int Open(const char* name, platform::PackHandle* handle) override {
@@ -52,7 +67,7 @@ public:
         std::memcpy(buffer, bytes.data(), n);
         return n;
     }
-    void Close(platform::PackHandle) override {}
+    void Close(platform::PackHandle) override { ++closes; }
     int Exist(const char* name, int) override {
         existed.emplace_back(name);
         return files.count(name) != 0 ? 1 : 0;
@@ -76,9 +91,9 @@ private:
     static const std::string& Bytes(platform::PackHandle h) {
         return *static_cast<std::string*>(h);
     }
-    platform::IPindPackage* m_previous;
+    ScopedPackage m_scope;
 };
 
 }  // namespace pind::test
 
-#endif  // PIND_TESTS_FILES_FILESTESTSUPPORT_H_
+#endif  // PIND_TESTS_SUPPORT_FAKEPACKAGE_H_
