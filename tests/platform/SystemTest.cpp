@@ -118,14 +118,18 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
 TEST(System, ThreadTimesGrowWithWork) {
     ThreadTimes before{};
     ASSERT_TRUE(GetThreadTimes(&before));
-    // Busy for 50 ms of wall time: several ticks of even the coarsest thread clock.
+    // Busy until the thread's own clock moves (its tick may be coarse and a loaded machine may
+    // give this thread little time), or for at most 10 s, which a frozen clock would hit.
     volatile double x = 1;
+    ThreadTimes after = before;
     const auto start = std::chrono::steady_clock::now();
-    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(50)) {
-        x = x * 1.0000001;
+    while (after.user + after.kernel == before.user + before.kernel &&
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(10)) {
+        for (int i = 0; i < 100000; ++i) {
+            x = x * 1.0000001;
+        }
+        ASSERT_TRUE(GetThreadTimes(&after));
     }
-    ThreadTimes after{};
-    ASSERT_TRUE(GetThreadTimes(&after));
     EXPECT_GT(after.user + after.kernel, before.user + before.kernel);
     EXPECT_FALSE(GetThreadTimes(nullptr));
 }
