@@ -7,6 +7,7 @@
 
 #include "pind/crypto/BigInt.h"
 #include "pind/crypto/ClientCryptor.h"
+#include "crypto/CryptorSimd.h"
 
 namespace {
 

@@ -55,7 +55,7 @@ _log::ILogger* BenchLogger(const char* pszName) {
     return _log::GetLoggerFactory()->GetLogger(config);
 }
 
-// The Part's example line: header, message, category and one context number.
+// The example line: header, message, category and one context number.
 constexpr int64_t kNow = 1715043792;
 
 void BM_RecordText(benchmark::State& state) {
