@@ -1,0 +1,120 @@
+// `pind time`: the option and number rules other tools script against, and a few checks end to
+// end (the checks themselves are covered by the time tests).
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/Printable.h"
+#include "tool/RunTool.h"
+
+namespace {
+
+using pind::test::RunPind;
+
+struct TimeCase {
+    std::vector<std::string> args;  // after "time"
+    const char* tz;
+    const char* out;  // null: a usage error (exit 2, nothing on stdout)
+};
+
+void PrintTo(const TimeCase& c, std::ostream* os) {
+    *os << "TZ=" << c.tz;
+    for (const std::string& a : c.args) {
+        *os << " " << pind::test::Printable(a.c_str());
+    }
+}
+
+class PindTimeTool : public ::testing::TestWithParam<TimeCase> {};
+
+TEST_P(PindTimeTool, PrintsOneLineOrRejectsTheArguments) {
+    const TimeCase& c = GetParam();
+    std::vector<std::string> args = {"time"};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const auto run = RunPind(args, "", "", {std::string("TZ=") + c.tz});
+    if (c.out == nullptr) {
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find("usage: pind time"), std::string::npos) << run.err;
+    } else {
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, c.out);
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+const std::string kServer = "1699934400";  // 2023-11-14 04:00:00 UTC, Tuesday
+
+INSTANTIATE_TEST_SUITE_P(
+    Contract, PindTimeTool,
+    ::testing::Values(
+        TimeCase{
+            {"--server", kServer, "--zone", "-28800", "IsInDateWindow", "2311141200", "2311141200"},
+            "UTC0",
+            "1\n"},
+        TimeCase{
+            {"--zone", "-28800", "--server", kServer, "IsInDateWindow", "2311141200", "2311141159"},
+            "UTC0",
+            "0\n"},
+        TimeCase{{"--server", kServer, "ServerTmAt", "0"}, "UTC0", "2023-11-14 4:0:0 2 317\n"},
+        TimeCase{{"--server", kServer, "ServerTmAt", "-1"}, "UTC0", "\n"},
+        TimeCase{{"--server", kServer, "--zone", "-28800", "now"},
+                 "EST5EDT",
+                 "2023-11-14\n2023-11-14-12:00:00\n2023-11-14-12:00:00:000\n"},
+        TimeCase{{"--server", kServer, "ServerTimeText", "1"}, "UTC0", "\n"},
+        TimeCase{{"--server", kServer, "--zone", "-28800", "GetZoneHours"}, "UTC0", "8\n"},
+        TimeCase{{"--server", "1704052800", "--zone", "-28800", "NowMMDD"}, "UTC0", "1231\n"},
+        TimeCase{{"--server", "1704052800", "--zone", "-28800", "NowMMDD"}, "CST-8", "101\n"},
+        TimeCase{{"--server", "2524608000", "NowPackedYYMMDDhhmm"}, "UTC0", "706042704\n"},
+        TimeCase{{"--server", "2524608000", "NowPackedYYMMDDhhmmss"}, "UTC0", "500101000000\n"},
+        TimeCase{{"--server", kServer, "IsInCalendar", "11,12", "-", "2"}, "UTC0", "1\n"},
+        TimeCase{{"--server", kServer, "IsInCalendar", "-", "+14,015", "-"}, "UTC0", "1\n"},
+        TimeCase{{"--server", kServer, "IsInCalendar", "-", "-", "1,3,4,5,6,7"}, "UTC0", "0\n"},
+        TimeCase{{"--server", "0001699934400", "NowHHMM"}, "UTC0", "400\n"},  // never octal
+        TimeCase{
+            {"--server", kServer, "GetActivityState", "-9223372036854775808", "0"}, "UTC0", "1\n"},
+        TimeCase{
+            {"--server", kServer, "NextWeekdayTime", kServer, "7", "1"}, "UTC0", "1700366400\n"},
+        TimeCase{{"--server", kServer, "GetActivityStateByOpenDay", "0", "4", "1699675200",
+                  "2311141200"},
+                 "UTC0",
+                 "1\n"},
+        TimeCase{{"--server", kServer, "IsWeekdayInMask", "4294967295"}, "UTC0", "1\n"},
+        // Usage errors: nothing on stdout, exit 2.
+        TimeCase{{}, "UTC0", nullptr}, TimeCase{{"--server", kServer}, "UTC0", nullptr},
+        TimeCase{{"nowhhmm"}, "UTC0", nullptr}, TimeCase{{"--verbose", "NowHHMM"}, "UTC0", nullptr},
+        TimeCase{{"NowHHMM", "--server", kServer}, "UTC0", nullptr},  // options come first
+        TimeCase{{"--server", "--zone", "0", "NowHHMM"}, "UTC0", nullptr},
+        TimeCase{{"--server", "-1", "NowHHMM"}, "UTC0", nullptr},
+        TimeCase{{"--zone", "2147483648", "NowHHMM"}, "UTC0", nullptr},
+        TimeCase{{"--zone"}, "UTC0", nullptr}, TimeCase{{"NowHHMM", "1"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", "1200"}, "UTC0", nullptr},
+        TimeCase{{"IsInDateWindow", "-1", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDateWindow", "4294967296", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", "0x10", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", "1e3", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", "", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", "+", "0"}, "UTC0", nullptr},
+        TimeCase{{"IsInDailyWindow", " 1", "0"}, "UTC0", nullptr},
+        TimeCase{{"SecondsUntilPacked", "-9223372036854775809"}, "UTC0", nullptr},
+        TimeCase{{"IsInCalendar", "1,,2", "-", "-"}, "UTC0", nullptr},
+        TimeCase{{"IsInCalendar", "1,", "-", "-"}, "UTC0", nullptr},
+        TimeCase{{"IsInCalendar", "", "-", "-"}, "UTC0", nullptr},
+        TimeCase{{"NextWeekdayTime", kServer, "7", "2"}, "UTC0", nullptr}));
+
+TEST(PindTimeToolHelp, ListsTheChecksOnStdout) {
+    const auto run = RunPind({"time", "--help"});
+    EXPECT_EQ(run.status, 0);
+    for (const char* check : {"IsInCalendar", "GetActivityStateByOpenDay", "NextWeekdayTime",
+                              "ServerTmAt", "NowMMDD", "SecondsToNextDay"}) {
+        EXPECT_NE(run.out.find(check), std::string::npos) << check;
+    }
+}
+
+TEST(PindTimeToolNow, DefaultsToTheMachinesTime) {
+    const auto run = RunPind({"time", "NowPackedYYMMDD"}, "", "", {"TZ=UTC0"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out.size(), 7u) << run.out;  // YYMMDD and a newline, 2010-2099
+}
+
+}  // namespace
