@@ -11,6 +11,7 @@
 #include "Commands.h"
 #include "ToolSupport.h"
 #include "pind/platform/Clock.h"
+#include "pind/platform/System.h"
 #include "pind/time/PindTime.h"
 #include "pind/time/TimeText.h"
 
@@ -322,6 +323,7 @@ int RunTime(int argc, char** argv) {
                                           static_cast<int32_t>(zone));
     const std::string line = check->run(args) + "\n";
     platform::SetClockSource(previous);
+    platform::SetBinaryMode(stdout);  // "\n", not "\r\n", on Windows too: scripts compare bytes
     return WriteOut(line) && FlushOut() ? kExitOk : kExitFailure;
 }
 
