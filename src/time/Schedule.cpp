@@ -42,8 +42,8 @@ int64_t SecondsUntilRecord(const CPindTime& time, std::tm fields) {
         return 0;
     }
     std::tm nowCopy = *now;
-    const int64_t at = ToServerInstant(&nowCopy, time.ZoneOffset());
-    return SubWrap(ToServerInstant(&fields, time.ZoneOffset()), at);
+    const int64_t at = ToServerInstant(&nowCopy, time.GetZoneOffset());
+    return SubWrap(ToServerInstant(&fields, time.GetZoneOffset()), at);
 }
 
 // Seconds from the fields to now (both read in the machine's frame), or 0 when the time cannot be
@@ -317,7 +317,7 @@ std::tm* CPindTime::ServerTmForZone(int32_t nMode) const {
     return pind::detail::GmRecord(at);
 }
 
-// --- the same on the process-wide object ---------------------------------------------------------
+// The same on the process-wide object.
 
 std::tm* GetServerTm() { return CPindTime::Instance()->GetServerTm(); }
 int32_t GetZoneHours() { return CPindTime::Instance()->GetZoneHours(); }

@@ -26,7 +26,7 @@ TEST_F(PindTimeTest, UnsynchronisedTimeIsTheTickInSeconds) {
     CPindTime* time = CPindTime::Instance();
     EXPECT_EQ(time->ServerNow(), 123);
     EXPECT_EQ(time->ServerNowMs(), 123456u);
-    EXPECT_EQ(time->ZoneOffset(), 0);
+    EXPECT_EQ(time->GetZoneOffset(), 0);
     EXPECT_EQ(time->GetZoneHours(), 0);
 }
 
@@ -36,13 +36,13 @@ TEST_F(PindTimeTest, SyncRecordsEveryPairFromOneReadingOfEachClock) {
     m_clock.SetUnixTimeMs(1715043792600);
     CPindTime* time = CPindTime::Instance();
     time->SyncServerTime(kServer, -28800);
-    EXPECT_EQ(time->ZoneOffset(), -28800);
-    EXPECT_EQ(time->SyncTick(), 5000u);
-    EXPECT_EQ(time->SyncServerTime(), static_cast<uint64_t>(kServer));
-    EXPECT_EQ(time->ClockAtSync(), 700);
-    EXPECT_EQ(time->ServerClockAtSync(), kServer);
-    EXPECT_EQ(time->WallAtSync(), 1715043792);
-    EXPECT_EQ(time->ServerTimeAtWall(), kServer);
+    EXPECT_EQ(time->GetZoneOffset(), -28800);
+    EXPECT_EQ(time->GetSyncTick(), 5000u);
+    EXPECT_EQ(time->GetSyncServerTime(), static_cast<uint64_t>(kServer));
+    EXPECT_EQ(time->GetClockAtSync(), 700);
+    EXPECT_EQ(time->GetServerClockAtSync(), kServer);
+    EXPECT_EQ(time->GetWallAtSync(), 1715043792);
+    EXPECT_EQ(time->GetServerTimeAtWall(), kServer);
 
     m_clock.AdvanceMs(2500);
     EXPECT_EQ(time->ServerNow(), kServer + 2);
@@ -127,9 +127,9 @@ TEST_F(PindTimeTest, DestroyThenInstanceGivesAFreshZeroedObject) {
     time->SyncServerTime(kServer, -28800);
     CPindTime::DestroyInstance();
     CPindTime* fresh = CPindTime::Instance();
-    EXPECT_EQ(fresh->ZoneOffset(), 0);
-    EXPECT_EQ(fresh->SyncServerTime(), 0u);
-    EXPECT_EQ(fresh->WallAtSync(), 0);
+    EXPECT_EQ(fresh->GetZoneOffset(), 0);
+    EXPECT_EQ(fresh->GetSyncServerTime(), 0u);
+    EXPECT_EQ(fresh->GetWallAtSync(), 0);
     EXPECT_EQ(fresh->ServerNow(), m_clock.TimeGetTime() / 1000);
 }
 
@@ -147,10 +147,10 @@ TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
     EXPECT_EQ(m_clock.TickReads(), readsBefore);  // the engine clock, not GetTickCount
 
     const uint32_t derived = time->UpdateDerivedSeconds();
-    EXPECT_EQ(time->WallAtSync(), 1715043801);
+    EXPECT_EQ(time->GetWallAtSync(), 1715043801);
     // 9 whole seconds halved to 4, then moved from server to wall seconds.
     EXPECT_EQ(derived, static_cast<uint32_t>(4 - kServer + 1715043801));
-    EXPECT_EQ(time->DerivedSeconds(), derived);
+    EXPECT_EQ(time->GetDerivedSeconds(), derived);
 
     time->SetUseEngineClock(false);
     m_clock.SetTickMs(0xFFFFFF00u);

@@ -31,7 +31,7 @@ public:
     /// reading each of the tick, `clock()` and the wall clock. The 32-bit pairs keep the low bits.
     void SyncServerTime(uint64_t serverUtcSeconds, int32_t zoneOffset);
 
-    // --- readings of "now" ---------------------------------------------------------------------
+    // --- readings of "now"
     /// Server UTC seconds from the millisecond tick; a tick read before the synchronising one
     /// gives an earlier time (the difference is signed).
     int64_t ServerNow() const;
@@ -58,7 +58,7 @@ public:
     /// Whole hours east of UTC of the server's zone, truncated toward zero.
     int32_t GetZoneHours() const;
 
-    // --- stopwatch -----------------------------------------------------------------------------
+    // --- stopwatch
     /// Starts (or restarts) the stopwatch from zero; returns the start tick.
     uint64_t StartStopwatch();
     /// Milliseconds measured so far (0 before the first start).
@@ -69,7 +69,7 @@ public:
     /// The stopwatch reads the engine clock when set, else GetTickCount.
     void SetUseEngineClock(bool bUse) { m_bUseEngineClock = bUse; }
 
-    // --- checks on "now" (server wall time) ------------------------------------------------------
+    // --- checks on "now" (server wall time)
     /// Each non-empty list must hold today's month (1-12), day of month, and weekday (1 Monday ..
     /// 7 Sunday); true when the server time cannot be read.
     bool IsInCalendar(const std::vector<int32_t>& vecMonths, const std::vector<int32_t>& vecDays,
@@ -94,7 +94,6 @@ public:
                                       uint32_t uDeadline) const;
 
     // --- conversions
-    // ------------------------------------------------------------------------------
     /// Seconds from now to the instant the server's wall clock shows these fields (month 1-12;
     /// out-of-range fields normalise as in mktime); 0 when the time cannot be read.
     int64_t SecondsUntil(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
@@ -149,15 +148,14 @@ public:
     std::tm* ServerTmForZone(int32_t nMode) const;
 
     // --- the synchronisation state
-    // ------------------------------------------------------------------
-    int32_t ZoneOffset() const { return m_nZoneOffset; }
-    int32_t ServerTimeAtWall() const { return m_nServerTimeAtWall; }
-    uint64_t SyncTick() const { return m_uSyncTick; }
-    uint64_t SyncServerTime() const { return m_uSyncServerTime; }
-    int32_t ClockAtSync() const { return m_nClockAtSync; }
-    int32_t ServerClockAtSync() const { return m_nServerClockAtSync; }
-    int64_t WallAtSync() const { return m_nWallAtSync; }
-    uint32_t DerivedSeconds() const { return m_uDerivedSeconds; }
+    int32_t GetZoneOffset() const { return m_nZoneOffset; }
+    int32_t GetServerTimeAtWall() const { return m_nServerTimeAtWall; }
+    uint64_t GetSyncTick() const { return m_uSyncTick; }
+    uint64_t GetSyncServerTime() const { return m_uSyncServerTime; }
+    int32_t GetClockAtSync() const { return m_nClockAtSync; }
+    int32_t GetServerClockAtSync() const { return m_nServerClockAtSync; }
+    int64_t GetWallAtSync() const { return m_nWallAtSync; }
+    uint32_t GetDerivedSeconds() const { return m_uDerivedSeconds; }
 
 private:
     // Fields in the client's declaration order; the client relies on the layout.
