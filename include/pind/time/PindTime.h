@@ -37,7 +37,8 @@ public:
     int64_t ServerNow() const;
     /// Server UTC milliseconds from the tick, wrapping modulo 2^64.
     uint64_t ServerNowMs() const;
-    /// `clock()` milliseconds since synchronisation plus the paired server time, modulo 2^32.
+    /// `clock()` milliseconds since synchronisation added to the paired server seconds (the units
+    /// mix, as in the client's own reading), modulo 2^32.
     uint32_t ServerNowByClock() const;
     /// Server UTC seconds from the wall clock (elapsed seconds cut to 32 bits); with
     /// `bToLocalZone` shifted by the daylight bias and both zones into the machine's local zone.
