@@ -6,7 +6,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <string>
 
 #include "pind/time/PindTime.h"
 #include "support/FakeClock.h"
@@ -66,69 +65,59 @@ protected:
     pind::test::FakeClock m_clock;
 };
 
-class ScheduleGrid : public ScheduleTest, public ::testing::WithParamInterface<const char*> {};
+TEST_F(ScheduleTest, ChecksAndConversionsFollowTheServerWallClockInEveryZone) {
+    for (const char* machine : kMachineZones) {
+        pind::test::ScopedTz tz(machine);
+        for (int32_t zone : kServerZones) {
+            for (const Wall& w : kWalls) {
+                SCOPED_TRACE(::testing::Message() << machine << ", zone " << zone << ", "
+                                                  << w.Packed12() << ":" << w.second);
+                SyncTo(w, zone);
+                const int64_t now = w.Utc(zone);
+                const int64_t yy = w.year - 2000;
+                const int64_t packed14 = w.Packed12() * 100 + w.second;
+                const int32_t hhmm = w.hour * 100 + w.minute;
+                const int32_t sod = w.hour * 3600 + w.minute * 60 + w.second;
+                const int32_t d = w.DayOfWeekMonday();
 
-TEST_P(ScheduleGrid, ChecksAndConversionsFollowTheServerWallClock) {
-    pind::test::ScopedTz tz(GetParam());
-    for (int32_t zone : kServerZones) {
-        for (const Wall& w : kWalls) {
-            SCOPED_TRACE(::testing::Message()
-                         << "zone " << zone << ", " << w.Packed12() << ":" << w.second);
-            SyncTo(w, zone);
-            const int64_t now = w.Utc(zone);
-            const int64_t yy = w.year - 2000;
-            const int64_t packed14 = w.Packed12() * 100 + w.second;
-            const int32_t hhmm = w.hour * 100 + w.minute;
-            const int32_t sod = w.hour * 3600 + w.minute * 60 + w.second;
-            const int32_t d = w.DayOfWeekMonday();
+                EXPECT_EQ(NowPackedYYMMDDhhmmss(), packed14 - 20000000000000);
+                EXPECT_EQ(NowPackedYYMMDDhhmm(), static_cast<uint32_t>(w.Packed12() % 10000000000));
+                EXPECT_EQ(NowPackedYYMMDD(),
+                          static_cast<uint32_t>(yy * 10000 + w.month * 100 + w.day));
+                EXPECT_EQ(NowHHMM(), hhmm);
+                EXPECT_EQ(GetServerWeekday(), w.weekday);
 
-            EXPECT_EQ(NowPackedYYMMDDhhmmss(), packed14 - 20000000000000);
-            EXPECT_EQ(NowPackedYYMMDDhhmm(), static_cast<uint32_t>(w.Packed12() % 10000000000));
-            EXPECT_EQ(NowPackedYYMMDD(), static_cast<uint32_t>(yy * 10000 + w.month * 100 + w.day));
-            EXPECT_EQ(NowHHMM(), hhmm);
-            EXPECT_EQ(GetServerWeekday(), w.weekday);
+                EXPECT_EQ(PackedToServerTime(packed14), now);
+                EXPECT_EQ(PackedToServerTime(packed14 - 20000000000000), now);
+                EXPECT_EQ(YYMMDDhhmmToServerTime(NowPackedYYMMDDhhmm()), now - w.second);
+                EXPECT_EQ(SecondsUntil(w.year, w.month, w.day, w.hour, w.minute, w.second), 0);
+                EXPECT_EQ(SecondsUntil(w.year, w.month, w.day + 1, 0, 0, 0), kDay - sod);
+                EXPECT_EQ(SecondsUntilPacked(w.Packed12()), -w.second);
+                EXPECT_EQ(MinutesSince(w.year, w.month, w.day, 0, 0), sod / 60);
+                EXPECT_EQ(DaysUntil(w.year, w.month, w.day + 2), (2 * kDay - sod) / kDay);
+                EXPECT_EQ(DaysSince(w.year, w.month, w.day + 1), sod == 0 ? -1 : 0);  // toward zero
+                EXPECT_EQ(MinutesUntil(w.year, w.month, w.day, w.hour + 1, 0),
+                          (3600 - sod % 3600) / 60);
 
-            EXPECT_EQ(PackedToServerTime(packed14), now);
-            EXPECT_EQ(PackedToServerTime(packed14 - 20000000000000), now);
-            EXPECT_EQ(YYMMDDhhmmToServerTime(NowPackedYYMMDDhhmm()), now - w.second);
-            EXPECT_EQ(SecondsUntil(w.year, w.month, w.day, w.hour, w.minute, w.second), 0);
-            EXPECT_EQ(SecondsUntil(w.year, w.month, w.day + 1, 0, 0, 0), kDay - sod);
-            EXPECT_EQ(SecondsUntilPacked(w.Packed12()), -w.second);
-            EXPECT_EQ(MinutesSince(w.year, w.month, w.day, 0, 0), sod / 60);
-            EXPECT_EQ(DaysUntil(w.year, w.month, w.day + 2), (2 * kDay - sod) / kDay);
-            EXPECT_EQ(DaysSince(w.year, w.month, w.day + 1), sod == 0 ? -1 : 0);  // toward zero
-            EXPECT_EQ(MinutesUntil(w.year, w.month, w.day, w.hour + 1, 0),
-                      (3600 - sod % 3600) / 60);
+                const uint32_t minute = NowPackedYYMMDDhhmm();
+                EXPECT_TRUE(IsInDateWindow(minute, minute));
+                EXPECT_FALSE(IsInDateWindow(minute + 1, minute + 1));
+                EXPECT_TRUE(IsInDailyWindow(hhmm, hhmm));
+                EXPECT_FALSE(IsInDailyWindow(hhmm + 1, 2400));
+                EXPECT_TRUE(IsWeekdayInMask(1u << d));
+                EXPECT_FALSE(IsWeekdayInMask(0x7Fu & ~(1u << d)));
+                EXPECT_TRUE(IsInCalendar({w.month}, {w.day}, {d + 1}));
+                EXPECT_FALSE(IsInCalendar({}, {}, {(d + 1) % 7 + 1}));
+                EXPECT_EQ(GetWeeklyWindowRemain(d * 10000 + hhmm, d * 10000 + 2359),
+                          sod <= 86340 ? 86340 - sod : 0);
 
-            const uint32_t minute = NowPackedYYMMDDhhmm();
-            EXPECT_TRUE(IsInDateWindow(minute, minute));
-            EXPECT_FALSE(IsInDateWindow(minute + 1, minute + 1));
-            EXPECT_TRUE(IsInDailyWindow(hhmm, hhmm));
-            EXPECT_FALSE(IsInDailyWindow(hhmm + 1, 2400));
-            EXPECT_TRUE(IsWeekdayInMask(1u << d));
-            EXPECT_FALSE(IsWeekdayInMask(0x7Fu & ~(1u << d)));
-            EXPECT_TRUE(IsInCalendar({w.month}, {w.day}, {d + 1}));
-            EXPECT_FALSE(IsInCalendar({}, {}, {(d + 1) % 7 + 1}));
-            EXPECT_EQ(GetWeeklyWindowRemain(d * 10000 + hhmm, d * 10000 + 2359),
-                      sod <= 86340 ? 86340 - sod : 0);
-
-            EXPECT_EQ(GetActivityState(w.Packed12(), w.Packed12() + 10000), 1);  // to tomorrow
-            EXPECT_EQ(GetActivityState(w.Packed12() + 1, w.Packed12() + 10000), 0);
-            EXPECT_EQ(GetActivityState(w.Packed12() - 10000, w.Packed12()), 2);
+                EXPECT_EQ(GetActivityState(w.Packed12(), w.Packed12() + 10000), 1);  // to tomorrow
+                EXPECT_EQ(GetActivityState(w.Packed12() + 1, w.Packed12() + 10000), 0);
+                EXPECT_EQ(GetActivityState(w.Packed12() - 10000, w.Packed12()), 2);
+            }
         }
     }
 }
-
-// "CET-1CEST,M3.5.0,M10.5.0/3" names its test CET_1CEST.
-std::string ZoneName(const ::testing::TestParamInfo<const char*>& param) {
-    std::string name;
-    for (const char* p = param.param; *p != '\0' && *p != ','; ++p) {
-        name += (*p >= 'A' && *p <= 'Z') || (*p >= '0' && *p <= '9') ? *p : '_';
-    }
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(MachineZones, ScheduleGrid, ::testing::ValuesIn(kMachineZones), ZoneName);
 
 constexpr int64_t kTue = 1699934400;  // 2023-11-14 04:00:00 UTC, Tuesday; 12:00 at UTC+8
 
@@ -281,26 +270,23 @@ TEST_F(ScheduleTest, SecondsToNextDayTakesMidnightInTheMachinesFrame) {
     }
 }
 
-TEST_F(ScheduleTest, SecondsUntilInstantReadsTheServerWallAsMachineTime) {
-    const MachineZoneCase cases[] = {{"UTC0", -28800, kTue, -28800},
-                                     {"CST-8", -28800, kTue, 0},
-                                     {"NST+3:30", -28800, kTue, -28800 - 12600}};
+TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
+    // SecondsUntilInstant reads the server's wall fields as machine time: no zone correction.
+    const MachineZoneCase cases[] = {{"UTC0", -28800, kTue, -28800}, {"CST-8", -28800, kTue, 0}};
     for (const auto& c : cases) {
         pind::test::ScopedTz tz(c.tz);
         SyncAt(kTue, c.zoneOffset);
         EXPECT_EQ(SecondsUntilInstant(c.t), c.want) << c.tz;
     }
-}
-
-TEST_F(ScheduleTest, ServerTmForZoneAddsSecondsToATick) {
+    // ServerTmForZone: 1000 wall seconds + kTue - a 1000 ms tick = kTue; mode 1 is eight hours
+    // back, mode 3 eight ahead.
     m_clock.SetUnixTimeMs(1000 * 1000);
     m_clock.SetTickMs(1000);
-    SyncAt(kTue, 0);                     // 1000 wall seconds + kTue - 1000 tick milliseconds = kTue
-    const int hours[] = {4, 20, 4, 12};  // modes 0-3: mode 1 is eight hours back, 3 ahead
+    SyncAt(kTue, 0);
+    const int hours[] = {4, 20, 4, 12};
     for (int32_t mode = 0; mode < 4; ++mode) {
-        const std::tm* tm = ServerTmForZone(mode);
-        ASSERT_NE(tm, nullptr);
-        EXPECT_EQ(tm->tm_hour, hours[mode]) << mode;
+        ASSERT_NE(ServerTmForZone(mode), nullptr);
+        EXPECT_EQ(ServerTmForZone(mode)->tm_hour, hours[mode]) << mode;
     }
 }
 

