@@ -185,7 +185,8 @@ int64_t CPindTime::SecondsUntilInstant(int64_t t) const {
 }
 
 int64_t CPindTime::PackedToServerTime(int64_t nPacked) const {
-    // The year rule looks at the whole value: below 10^14 there is no room for four year digits.
+    // The rule tests the whole value, not the year digits: every 14-digit value is below 10^14, so
+    // a four-digit year keeps only its last two digits (2000-2099).
     const int64_t head = nPacked / 10000000000;
     const int64_t year = nPacked < 100000000000000 ? 2000 + head % 100 : head % 10000;
     std::tm fields = TmFromFields(year, nPacked / 100000000 % 100, nPacked / 1000000 % 100,
