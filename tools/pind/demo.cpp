@@ -19,8 +19,12 @@ struct DemoStep {
 };
 
 const DemoStep kSteps[] = {
-    {"client", DemoClient}, {"crypt", DemoCrypt}, {"logging", DemoLogging},
-    {"files", DemoFiles},   {"ini", DemoIni},
+    {"client", DemoClient},
+    {"crypt", DemoCrypt},
+    {"logging", DemoLogging},
+    {"files", DemoFiles},
+    {"ini", DemoIni},
+    {"time", DemoTime},
 };
 
 const char kDemoUsage[] =

@@ -20,6 +20,7 @@ const Command kCommands[] = {
     {"zip", "write a zip archive's first entry to a file", pind::tool::RunZip},
     {"pack", "list or print packaged files", pind::tool::RunPack},
     {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
+    {"time", "run a schedule check against a given server time and zone", pind::tool::RunTime},
 };
 
 void PrintHelp(std::FILE* out) {
