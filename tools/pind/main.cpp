@@ -20,6 +20,8 @@ const Command kCommands[] = {
     {"zip", "write a zip archive's first entry to a file", pind::tool::RunZip},
     {"pack", "list or print packaged files", pind::tool::RunPack},
     {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
+    {"json", "check a JSON file or print it pretty or compact", pind::tool::RunJson},
+    {"text", "convert a server string against a string table", pind::tool::RunText},
 };
 
 void PrintHelp(std::FILE* out) {
