@@ -22,6 +22,7 @@
 #include "pind/files/ZipOperator.h"
 #include "pind/files/ZipPackage.h"
 #include "pind/files/ZipWriter.h"
+#include "pind/json/FmtJson.h"
 #include "pind/logging/LogRecord.h"
 #include "pind/logging/Logger.h"
 #include "pind/logging/LoggerWriter.h"
@@ -35,6 +36,7 @@
 #include "pind/platform/TimeZone.h"
 #include "pind/platform/WinTypes.h"
 #include "pind/platform/Window.h"
+#include "pind/servertext/ServerString.h"
 #include "pind/strings/Convert.h"
 #include "pind/strings/SafeString.h"
 
