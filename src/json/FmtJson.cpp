@@ -48,6 +48,9 @@ int HexValue(char c) {
 class Parser {
 public:
     Parser(const char* text, size_t len) : m_len(len) {
+        if (len > std::numeric_limits<size_t>::max() / 8) {
+            return;  // no such text fits in memory; Parse reports it
+        }
         // A node per 12 bytes covers typical documents in the first block; the rest grows.
         const size_t firstNodes = len / 12 + 4;
         const size_t bytes = sizeof(TreeHeader) + firstNodes * sizeof(JsonNode) + len + 1;

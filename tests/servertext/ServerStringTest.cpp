@@ -181,6 +181,18 @@ TEST_F(ServerString, LooksUpIdsLikeStoul) {
     }
 }
 
+TEST_F(ServerString, NestsAsDeepAsTheParserAllows) {
+    std::string message;
+    std::string want;
+    for (int i = 0; i < 511; ++i) {
+        message += "[\"@@20\", ";
+        want += "A(";
+    }
+    message += "5" + std::string(511, ']');
+    want += "5" + std::string(511, ')');
+    EXPECT_EQ(FormatServerStringToText(message.c_str()), want);
+}
+
 TEST_F(ServerString, FormatsOnlyArrays) {
     EXPECT_EQ(FormatJsonServerString(nullptr), "");
     for (const char* text : {"{\"a\":1}", "\"@@2\"", "5"}) {
