@@ -26,6 +26,7 @@ void DemoLogging(const DemoContext& ctx);
 void DemoFiles(const DemoContext& ctx);
 void DemoIni(const DemoContext& ctx);
 void DemoTime(const DemoContext& ctx);
+void DemoServerText(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -35,6 +36,8 @@ int RunZip(int argc, char** argv);
 int RunPack(int argc, char** argv);
 int RunIni(int argc, char** argv);
 int RunTime(int argc, char** argv);
+int RunJson(int argc, char** argv);
+int RunText(int argc, char** argv);
 
 }  // namespace pind::tool
 

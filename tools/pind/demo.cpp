@@ -25,6 +25,7 @@ const DemoStep kSteps[] = {
     {"files", DemoFiles},
     {"ini", DemoIni},
     {"time", DemoTime},
+    {"servertext", DemoServerText},
 };
 
 const char kDemoUsage[] =

@@ -21,6 +21,8 @@ const Command kCommands[] = {
     {"pack", "list or print packaged files", pind::tool::RunPack},
     {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
     {"time", "run a schedule check against a given server time and zone", pind::tool::RunTime},
+    {"json", "check a JSON file or print it pretty or compact", pind::tool::RunJson},
+    {"text", "convert a server string against a string table", pind::tool::RunText},
 };
 
 void PrintHelp(std::FILE* out) {
