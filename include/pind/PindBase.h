@@ -14,6 +14,7 @@
 #include "pind/crypto/KeyCipher.h"
 #include "pind/diag/LockCs.h"
 #include "pind/diag/Report.h"
+#include "pind/diag/StringMem.h"
 #include "pind/files/DirPackage.h"
 #include "pind/files/FileCache.h"
 #include "pind/files/MemoryPackage.h"
@@ -35,6 +36,8 @@
 #include "pind/platform/TimeZone.h"
 #include "pind/platform/WinTypes.h"
 #include "pind/platform/Window.h"
+#include "pind/profile/ProfileObjects.h"
+#include "pind/profile/Profiler.h"
 #include "pind/strings/Convert.h"
 #include "pind/strings/SafeString.h"
 
