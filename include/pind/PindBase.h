@@ -40,5 +40,7 @@
 #include "pind/profile/Profiler.h"
 #include "pind/strings/Convert.h"
 #include "pind/strings/SafeString.h"
+#include "pind/time/PindTime.h"
+#include "pind/time/TimeText.h"
 
 #endif  // PIND_PINDBASE_H_
