@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <vector>
 
 #include "pind/files/PackFile.h"
 #include "pind/platform/System.h"
@@ -12,6 +13,9 @@ namespace {
 
 struct Registry {
     std::map<uint64_t, char*> tags;
+    // Copies replaced by a re-tag: never freed, as the client's tracker leaks them, but kept
+    // reachable so leak checkers see a deliberate hold rather than a lost block.
+    std::vector<char*> replaced;
     int64_t total = 0;
 };
 
@@ -36,7 +40,11 @@ void StringMemAdd(const void* pAddress, const char* pszText) {
     std::memcpy(copy, pszText, length + 1);
     Registry& r = Tags();
     // A re-tagged address drops its old copy without freeing it: the client's tracker leaks here.
-    r.tags[Key(pAddress)] = copy;
+    char*& slot = r.tags[Key(pAddress)];
+    if (slot != nullptr) {
+        r.replaced.push_back(slot);
+    }
+    slot = copy;
     r.total += static_cast<int64_t>(length) + 1;
 }
 

@@ -480,12 +480,13 @@ void CProfileScope::End() {
     using namespace pind::detail;
     const int64_t end = pind::platform::QueryPerformanceCounter();
     Profiler& p = Instance();
-    const float ms = TicksToMs(p, end - m_nStart);
+    float ms = 0;
     {
         pind::platform::CriticalSectionGuard lock(p.cs);
         if (m_uGeneration != g_generation.load()) {
             return;
         }
+        ms = TicksToMs(p, end - m_nStart);
         auto* s = static_cast<ProfileSection*>(m_pSection);
         s->fTime += ms;
         ++s->uCount;

@@ -1,7 +1,6 @@
 // The statistics report's bytes for a fixed tree and fixed times, its edge layouts, scopes from
 // several threads, bad names and sizes, and the Chrome trace read back with a JSON parser.
 #include <gtest/gtest.h>
-#include <rapidjson/document.h>
 
 #include <fstream>
 #include <set>
@@ -13,6 +12,7 @@
 #include "pind/profile/Profiler.h"
 #include "pind/time/TimeText.h"
 #include "profile/ProfileTestSupport.h"
+#include "profile/TraceJson.h"
 
 namespace pind::test {
 namespace {
@@ -121,13 +121,13 @@ TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
     EXPECT_NE(text.find("\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:8000 "), std::string::npos);
     EXPECT_EQ(Count(text, "\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:4000 "), 2u);  // Even, Odd
     ASSERT_TRUE(ProfileWriteChromeTrace("threads.json"));
-    rapidjson::Document doc;
+    TraceJson doc;
     const std::string json = m_dir.Read("threads.json");
-    ASSERT_FALSE(doc.Parse(json.c_str()).HasParseError());
+    ASSERT_TRUE(doc.Parse(json));
     std::set<int> tids;
-    for (const auto& e : doc["traceEvents"].GetArray()) {
-        if (std::string(e["ph"].GetString()) == "X") {
-            tids.insert(e["tid"].GetInt());
+    for (const auto& e : doc.events) {
+        if (e.text.at("ph") == "X") {
+            tids.insert(static_cast<int>(e.number.at("tid")));
         }
     }
     EXPECT_EQ(tids.size(), kThreads + 1u);
@@ -168,12 +168,12 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     EXPECT_LT(recursion, 100u);
 
     ASSERT_TRUE(ProfileWriteChromeTrace("bad.json"));
-    rapidjson::Document doc;
+    TraceJson doc;
     const std::string json = m_dir.Read("bad.json");
-    ASSERT_FALSE(doc.Parse(json.c_str()).HasParseError()) << doc.GetErrorOffset();
+    ASSERT_TRUE(doc.Parse(json));
     std::set<std::string> names;
-    for (const auto& e : doc["traceEvents"].GetArray()) {
-        names.insert(e["name"].GetString());
+    for (const auto& e : doc.events) {
+        names.insert(e.text.at("name"));
     }
     EXPECT_EQ(names.count("quote\"d"), 1u);
     EXPECT_EQ(names.count("\xc2\xb5\xc3\xb7\xc3\x93\xc3\x83"), 1u);  // each GBK byte as U+00XX
@@ -189,21 +189,21 @@ TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
     }
     ASSERT_TRUE(ProfileWriteChromeTrace("trace.json"));
     ProfileSetTraceFrames(300);
-    rapidjson::Document doc;
+    TraceJson doc;
     const std::string json = m_dir.Read("trace.json");
-    ASSERT_FALSE(doc.Parse(json.c_str()).HasParseError());
+    ASSERT_TRUE(doc.Parse(json));
     int frames = 0;
     int scopes = 0;
     double lastFrame = 0;
-    for (const auto& e : doc["traceEvents"].GetArray()) {
-        const std::string ph = e["ph"].GetString();
+    for (const auto& e : doc.events) {
+        const std::string ph = e.text.at("ph");
         if (ph == "i") {
             ++frames;
-            lastFrame = e["ts"].GetDouble();
+            lastFrame = e.number.at("ts");
         } else if (ph == "X") {
             ++scopes;
-            EXPECT_DOUBLE_EQ(e["dur"].GetDouble(), 2000.0);
-            EXPECT_STREQ(e["name"].GetString(), "Tick");
+            EXPECT_DOUBLE_EQ(e.number.at("dur"), 2000.0);
+            EXPECT_EQ(e.text.at("name"), "Tick");
         }
     }
     EXPECT_EQ(frames, 3);

@@ -1,10 +1,10 @@
 // `pind profile`: the scripted scene's trace and overlay files, the call graph out of a report with
 // and without Graphviz, and the failures when nothing can be written.
 #include <gtest/gtest.h>
-#include <rapidjson/document.h>
 
 #include <string>
 
+#include "profile/TraceJson.h"
 #include "support/TempDir.h"
 #include "tool/RunTool.h"
 
@@ -12,6 +12,7 @@ namespace {
 
 using pind::test::RunPind;
 using pind::test::TempDir;
+using pind::test::TraceJson;
 
 // The tail of a statistics report: its graph, then the next heading.
 const char kReport[] =
@@ -45,12 +46,12 @@ TEST(ProfileTool, TraceWritesChromeJsonToTheDefaultPlace) {
     const auto run = RunPind({"profile", "trace"}, "", dir.Path());
     ASSERT_EQ(run.status, 0) << run.err;
     const std::string json = dir.Read("profile/trace.json");
-    rapidjson::Document doc;
-    ASSERT_FALSE(doc.Parse(json.c_str()).HasParseError());
+    TraceJson doc;
+    ASSERT_TRUE(doc.Parse(json));
     int frames = 0;
     int scopes = 0;
-    for (const auto& e : doc["traceEvents"].GetArray()) {
-        const std::string ph = e["ph"].GetString();
+    for (const auto& e : doc.events) {
+        const std::string ph = e.text.at("ph");
         frames += ph == "i";
         scopes += ph == "X";
     }
