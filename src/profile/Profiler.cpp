@@ -99,6 +99,7 @@ Profiler& Create(const ProfileSettings& settings) {
         p.fIntervalStart = ProfileClock();
         p.bHaveLastFrame = false;
         p.nFrequency = std::max<int64_t>(1, platform::QueryPerformanceFrequency());
+        p.dMsPerTick = 1000.0 / static_cast<double>(p.nFrequency);
         p.displayList.reserve(100);
         TraceResize(p, g_traceFrames);
         g_created.store(true);
@@ -495,7 +496,9 @@ void CProfileScope::End() {
         ++s->uTotalCount;
         if (!p.events.empty()) {
             p.events[p.nNextEvent] = {s, m_nStart, end - m_nStart, ThreadId()};
-            p.nNextEvent = (p.nNextEvent + 1) % p.events.size();
+            if (++p.nNextEvent == p.events.size()) {
+                p.nNextEvent = 0;
+            }
             p.nEventCount = std::min(p.nEventCount + 1, p.events.size());
         }
     }

@@ -58,6 +58,7 @@ struct Profiler {
     ProfileSettings settings;
     float fInterval = 0.01f;  // seconds
     int64_t nFrequency = 1;
+    double dMsPerTick = 1000.0;
 
     platform::CriticalSection cs;
     std::map<std::string, ProfileSection> sections;
@@ -91,8 +92,7 @@ Profiler& EnsureProfiler();
 
 // Milliseconds for a span of performance-counter ticks.
 inline float TicksToMs(const Profiler& p, int64_t nTicks) {
-    return static_cast<float>(static_cast<double>(nTicks) * 1000.0 /
-                              static_cast<double>(p.nFrequency));
+    return static_cast<float>(static_cast<double>(nTicks) * p.dMsPerTick);
 }
 
 // Report writing (ProfileReport.cpp).
