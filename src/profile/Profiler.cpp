@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "pind/client/PindClient.h"
@@ -17,10 +17,9 @@
 #include "profile/ProfilerState.h"
 
 namespace pind::detail {
-std::atomic<bool> g_profileEnabled{false};
-}  // namespace pind::detail
 
-namespace pind::detail {
+std::atomic<bool> g_profileEnabled{false};
+
 namespace {
 
 // Virtual key codes the overlay and the hot keys read.
@@ -54,7 +53,9 @@ Profiler& Instance() {
 // Bumped on every restart: a scope that began under an older profiler records nothing.
 std::atomic<uint32_t> g_generation{0};
 std::atomic<bool> g_suspended{false};
-thread_local bool t_bMainThread = false;
+// The generation in which this thread became the main one (the one running frames); a restart
+// makes every thread a stranger until it runs a frame again.
+thread_local uint32_t t_uMainOf = UINT32_MAX;
 std::atomic<uint32_t> g_nextThreadId{1};
 thread_local uint32_t t_threadId = 0;
 size_t g_traceFrames = 300;
@@ -104,7 +105,7 @@ Profiler& Create(const ProfileSettings& settings) {
         TraceResize(p, g_traceFrames);
         g_created.store(true);
     }
-    t_bMainThread = true;
+    t_uMainOf = g_generation.load();
     g_profileEnabled.store(settings.nProfile != 0);
     return p;
 }
@@ -339,7 +340,7 @@ void SetProfileIntervals(int32_t nInterval, int32_t nMaxFrameInterval) {
 void ProfileFrame(char* pReportRequested) {
     using namespace pind::detail;
     Profiler& p = EnsureProfiler();
-    t_bMainThread = true;
+    t_uMainOf = g_generation.load();
     if (p.settings.nProfile == 0 || !GetClient()->IsProfileAllowed() || g_suspended.load()) {
         return;
     }
@@ -384,7 +385,7 @@ void ProfileConfigure(const ProfileSettings& settings) {
         return;
     }
     p->settings = settings;
-    detail::t_bMainThread = true;
+    detail::t_uMainOf = detail::g_generation.load();
     detail::g_profileEnabled.store(settings.nProfile != 0);
 }
 
@@ -470,7 +471,7 @@ void CProfileScope::Begin(pind::ProfileSite* pSite, const char* pszName) {
     }
     m_pSection = section;
     m_uGeneration = generation;
-    if (t_bMainThread) {
+    if (t_uMainOf == generation) {
         p.stack.push_back(OpenTreeNode(p, static_cast<ProfileSection*>(section)));
         m_bTree = true;
     }
