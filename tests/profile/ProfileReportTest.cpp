@@ -213,20 +213,5 @@ TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
     EXPECT_FALSE(ProfileWriteChromeTrace(nullptr));
 }
 
-TEST_F(ProfilerFixture, DisabledScopesRecordNothing) {
-    ProfileSettings off;
-    ProfileConfigure(off);
-    {
-        PIND_PROFILE_SCOPE("Ignored");
-        CProfileScope named("AlsoIgnored");
-        ProfileAddClassifyTime(1, 5.0f);
-        m_clock.AdvanceMs(3);
-    }
-    ASSERT_TRUE(ProfileWriteReport("off.log"));
-    const std::string text = m_dir.Read("off.log");
-    EXPECT_EQ(text.find("Ignored"), std::string::npos);
-    EXPECT_EQ(text.find("ClassifyTime"), std::string::npos);
-}
-
 }  // namespace
 }  // namespace pind::test

@@ -130,14 +130,6 @@ INSTANTIATE_TEST_SUITE_P(
                       MoveCase{{kCtrl, kLeft, kRight}, -24, 0},
                       MoveCase{{kCtrl, kUp, kDown, kRight}, 24, 0}, MoveCase{{kLeft}, 0, 0}));
 
-TEST_F(ProfilerFixture, MovesOnlyWhileTheGraphIsShown) {
-    Enable(/*showGraph=*/0);
-    KeysDown() = {kCtrl, kLeft};
-    Frame();
-    EXPECT_EQ(ProfileGetOverlayState().nX, 0);
-    EXPECT_TRUE(m_client.rects.empty());
-}
-
 TEST_F(ProfilerFixture, HotKeysAcceptOneEvery501Ms) {
     Enable(/*showGraph=*/0);
     KeysDown() = {kCtrl, kNum6};
