@@ -576,6 +576,7 @@ void DemoProfile(const DemoContext& ctx) {
     } else {
         std::printf("call graph: %s\n", why.c_str());
     }
+    std::printf("(these files stay after the demo when it runs with --keep)\n");
 }
 
 }  // namespace pind::tool
