@@ -11,6 +11,14 @@
 namespace pind::test {
 namespace {
 
+// Report files are opened in text mode, which on Windows ends lines with "\r\n".
+inline std::string Lf(std::string text) {
+    for (size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
+        text.erase(at, 1);
+    }
+    return text;
+}
+
 struct TotalCase {
     const char* what;
     void (*run)(const char* a, const char* b);
@@ -75,7 +83,7 @@ TEST(StringMem, DumpListsTagsByAddress) {
     StringMemAdd(&buffer[1], "second");
     StringMemAdd(&buffer[0], "\xb5\xf7 first");
     StringMemDump();
-    const std::string text = dir.Read("profile/StringExMemory.txt");
+    const std::string text = Lf(dir.Read("profile/StringExMemory.txt"));
     char head[64];
     std::snprintf(head, sizeof head, "=====TotalSize: %d======\n", StringMemTotal());
     EXPECT_EQ(text.rfind(head, 0), 0u) << text;
@@ -93,12 +101,12 @@ TEST(StringMem, DumpListsTagsByAddress) {
 
     // A second dump replaces the file; one into a folder that cannot be made writes nothing.
     StringMemDump();
-    EXPECT_EQ(dir.Read("profile/StringExMemory.txt").find("second"), std::string::npos);
+    EXPECT_EQ(Lf(dir.Read("profile/StringExMemory.txt")).find("second"), std::string::npos);
     TempDir other;
     other.Write("profile", "a file where the folder should be");
     ScopedCurrentDir cwd2(other.Path());
     StringMemDump();
-    EXPECT_EQ(other.Read("profile"), "a file where the folder should be");
+    EXPECT_EQ(Lf(other.Read("profile")), "a file where the folder should be");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pind/profile/ProfileObjects.h"
+#include "profile/ProfileTestSupport.h"
 #include "support/FakeClock.h"
 #include "support/TempDir.h"
 
@@ -16,7 +17,7 @@ class ProfileObjects : public ::testing::Test {
 protected:
     std::string Report() {
         PrintfProfileObjectCountInfo();
-        return m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt");
+        return Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt"));
     }
 
     TempDir m_dir;
@@ -64,7 +65,7 @@ TEST_F(ProfileObjects, ReportsGoNowhereWithoutTheirFolder) {
     AddProfileObject("CNoFolderObjTest", 8);
     PrintfProfileObjectCountInfo();
     PrintHeapInfo();
-    EXPECT_EQ(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt"), "");
+    EXPECT_EQ(Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt")), "");
 }
 
 TEST_F(ProfileObjects, HeapReportHasOneLinePerHeapAndTotals) {
@@ -72,9 +73,9 @@ TEST_F(ProfileObjects, HeapReportHasOneLinePerHeapAndTotals) {
     // On Windows the backslash is a separator; elsewhere it is part of the file's name.
     m_dir.Write("profile/.keep", "");
     PrintHeapInfo();
-    std::string text = m_dir.Read("profile/PrintHeapInfo.txt");
+    std::string text = Lf(m_dir.Read("profile/PrintHeapInfo.txt"));
     if (text.empty()) {
-        text = m_dir.Read("profile\\PrintHeapInfo.txt");
+        text = Lf(m_dir.Read("profile\\PrintHeapInfo.txt"));
     }
     EXPECT_EQ(text.rfind("\n\n==========PrintHeapInfo[2024-5-7 28:30:0]=============\n", 0), 0u)
         << text;

@@ -71,13 +71,13 @@ TEST_F(ProfilerFixture, ReportMatchesExpectedBytes) {
     std::string want = ReadExpected("statistics_report.txt");
     ASSERT_FALSE(want.empty());
     want.replace(want.find("@TIME@"), 6, ServerTimeText(4));
-    EXPECT_EQ(m_dir.Read("report.log"), want);
+    EXPECT_EQ(Lf(m_dir.Read("report.log")), want);
 }
 
 TEST_F(ProfilerFixture, ReportWithoutTreeOrClassificationsKeepsHeadings) {
     Enable(0);
     ASSERT_TRUE(ProfileWriteReport("empty.log"));
-    const std::string text = m_dir.Read("empty.log");
+    const std::string text = Lf(m_dir.Read("empty.log"));
     EXPECT_EQ(text.find("digraph"), std::string::npos);
     EXPECT_EQ(text.find("(\xcf\xfb\xba\xc4"), std::string::npos);  // no tree line
     // "====...函数调用Dot图====...\n" then the classification heading straight away.
@@ -110,7 +110,7 @@ TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
         t.join();
     }
     ASSERT_TRUE(ProfileWriteReport("threads.log"));
-    const std::string text = m_dir.Read("threads.log");
+    const std::string text = Lf(m_dir.Read("threads.log"));
     // Only the main thread's scopes form the tree.
     EXPECT_EQ(Count(text,
                     "\t"
@@ -122,7 +122,7 @@ TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
     EXPECT_EQ(Count(text, "\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:4000 "), 2u);  // Even, Odd
     ASSERT_TRUE(ProfileWriteChromeTrace("threads.json"));
     TraceJson doc;
-    const std::string json = m_dir.Read("threads.json");
+    const std::string json = Lf(m_dir.Read("threads.json"));
     ASSERT_TRUE(doc.Parse(json));
     std::set<int> tids;
     for (const auto& e : doc.events) {
@@ -158,7 +158,7 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     }
 
     ASSERT_TRUE(ProfileWriteReport("bad.log"));
-    const std::string text = m_dir.Read("bad.log");
+    const std::string text = Lf(m_dir.Read("bad.log"));
     EXPECT_EQ(Count(text, "--[Section"), 10000u);
     EXPECT_NE(text.find("\tOuter -> A_B_1_\n"), std::string::npos);
     EXPECT_NE(text.find("\tOuter -> \xb5\xf7\xd3\xc3\n"), std::string::npos);
@@ -169,7 +169,7 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
 
     ASSERT_TRUE(ProfileWriteChromeTrace("bad.json"));
     TraceJson doc;
-    const std::string json = m_dir.Read("bad.json");
+    const std::string json = Lf(m_dir.Read("bad.json"));
     ASSERT_TRUE(doc.Parse(json));
     std::set<std::string> names;
     for (const auto& e : doc.events) {
@@ -190,7 +190,7 @@ TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
     ASSERT_TRUE(ProfileWriteChromeTrace("trace.json"));
     ProfileSetTraceFrames(300);
     TraceJson doc;
-    const std::string json = m_dir.Read("trace.json");
+    const std::string json = Lf(m_dir.Read("trace.json"));
     ASSERT_TRUE(doc.Parse(json));
     int frames = 0;
     int scopes = 0;

@@ -20,6 +20,14 @@
 
 namespace pind::test {
 
+// Report files are opened in text mode, which on Windows ends lines with "\r\n".
+inline std::string Lf(std::string text) {
+    for (size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
+        text.erase(at, 1);
+    }
+    return text;
+}
+
 inline std::set<int>& KeysDown() {
     static std::set<int> s_keys;
     return s_keys;

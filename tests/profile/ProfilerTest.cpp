@@ -39,7 +39,7 @@ TEST_P(ProfilerSettings, ReadsFrameRateSectionOnce) {
     Frame();
     TimedScope(m_clock, "Probe", 2);
     EXPECT_TRUE(ProfileWriteReport("out.log"));
-    const bool counted = m_dir.Read("out.log").find("[Probe ") != std::string::npos;
+    const bool counted = Lf(m_dir.Read("out.log")).find("[Probe ") != std::string::npos;
     EXPECT_EQ(counted, c.enabled) << (c.ini ? c.ini : "(no file)");
 
     // Settings are never read again while the profiler lives.
@@ -48,7 +48,7 @@ TEST_P(ProfilerSettings, ReadsFrameRateSectionOnce) {
     Frame();
     TimedScope(m_clock, "Probe2", 2);
     ProfileWriteReport("out2.log");
-    EXPECT_EQ(m_dir.Read("out2.log").find("[Probe2 ") != std::string::npos, c.enabled);
+    EXPECT_EQ(Lf(m_dir.Read("out2.log")).find("[Probe2 ") != std::string::npos, c.enabled);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ini, ProfilerSettings,
@@ -178,7 +178,7 @@ TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     KeysDown() = {kCtrl, kNum7, kNum3};  // 7 wins
     EXPECT_EQ(Frame(0), 1);
     ASSERT_EQ(m_client.createdDirs, std::vector<std::string>{"profile"});
-    const std::string first = m_dir.Read("profile/StatisticsFunction.log");
+    const std::string first = Lf(m_dir.Read("profile/StatisticsFunction.log"));
     EXPECT_EQ(first.rfind("host line\n", 0), 0u);
     EXPECT_NE(first.find("[Work "), std::string::npos);
     EXPECT_NE(first.find(":\t3.0000ms\t\t"), std::string::npos);
@@ -187,7 +187,7 @@ TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     Frame(600);
     KeysDown() = {kCtrl, kNum7};
     EXPECT_EQ(Frame(600), 1);
-    const std::string both = m_dir.Read("profile/StatisticsFunction.log");
+    const std::string both = Lf(m_dir.Read("profile/StatisticsFunction.log"));
     ASSERT_GT(both.size(), first.size());
     EXPECT_EQ(both.compare(0, first.size(), first), 0) << "appended, not replaced";
     const std::string second = both.substr(first.size());
@@ -243,9 +243,9 @@ TEST_F(ProfilerFixture, SlowFrameWritesProcessTimesWhenLogging) {
         Enable(0, log, /*maxFrame=*/50);
         Frame(10);
         Frame(50);  // not above the limit
-        EXPECT_TRUE(m_dir.Read("profile/StatisticsFunction.log").empty());
+        EXPECT_TRUE(Lf(m_dir.Read("profile/StatisticsFunction.log")).empty());
         Frame(51);
-        const std::string text = m_dir.Read("profile/StatisticsFunction.log");
+        const std::string text = Lf(m_dir.Read("profile/StatisticsFunction.log"));
         EXPECT_EQ(text.rfind("ProcessTimes        UserTimes = ", 0) == 0, log == 1) << text;
         EXPECT_EQ(text.find("ms,       KernelTimes = ") != std::string::npos, log == 1);
     }
