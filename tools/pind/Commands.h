@@ -27,6 +27,7 @@ void DemoFiles(const DemoContext& ctx);
 void DemoIni(const DemoContext& ctx);
 void DemoTime(const DemoContext& ctx);
 void DemoServerText(const DemoContext& ctx);
+void DemoProfile(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -38,6 +39,7 @@ int RunIni(int argc, char** argv);
 int RunTime(int argc, char** argv);
 int RunJson(int argc, char** argv);
 int RunText(int argc, char** argv);
+int RunProfile(int argc, char** argv);
 
 }  // namespace pind::tool
 

@@ -26,6 +26,7 @@ const DemoStep kSteps[] = {
     {"ini", DemoIni},
     {"time", DemoTime},
     {"servertext", DemoServerText},
+    {"profile", DemoProfile},
 };
 
 const char kDemoUsage[] =

@@ -23,6 +23,7 @@ const Command kCommands[] = {
     {"time", "run a schedule check against a given server time and zone", pind::tool::RunTime},
     {"json", "check a JSON file or print it pretty or compact", pind::tool::RunJson},
     {"text", "convert a server string against a string table", pind::tool::RunText},
+    {"profile", "profile a scripted scene: trace, overlay, call graph", pind::tool::RunProfile},
 };
 
 void PrintHelp(std::FILE* out) {

@@ -1,0 +1,131 @@
+// Object counts and the heap report: the table's rows and totals, the UTC + 8 stamp that is not
+// wrapped, the heap sums over a scripted walk, and reports that cannot be opened.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "pind/profile/ProfileObjects.h"
+#include "profile/ProfileTestSupport.h"
+#include "support/FakeClock.h"
+#include "support/TempDir.h"
+
+namespace pind::test {
+namespace {
+
+class ProfileObjects : public ::testing::Test {
+protected:
+    std::string Report() {
+        PrintfProfileObjectCountInfo();
+        return Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt"));
+    }
+
+    TempDir m_dir;
+    ScopedCurrentDir m_cwd{m_dir.Path()};
+    FakeClock m_clock;
+};
+
+TEST_F(ProfileObjects, CountsLiveObjectsAndKeepsTheFirstSize) {
+    m_dir.Write("Profile/.keep", "");
+    m_clock.SetUnixTimeMs(1715113800000);  // 2024-05-07 20:30:00 UTC
+    for (int i = 0; i < 3; ++i) {
+        AddProfileObject("CUnitObjTest", 48);
+    }
+    AddProfileObject("CBigObjTest", 4096);
+    AddProfileObject("CBigObjTest", 1);  // size of the first registration stays
+    RemoveProfileObject("CUnitObjTest");
+    RemoveProfileObject("CNeverAddedObjTest");
+    RemoveProfileObject(nullptr);
+    AddProfileObject(nullptr, 8);
+
+    const std::string text = Report();
+    EXPECT_EQ(
+        text.rfind("==========PrintfProfileObjectCountInfo[2024-5-7 28:30:0]=============\n", 0),
+        0u)
+        << text;
+    EXPECT_NE(text.find("ClassName[CUnitObjTest    ], Size[48      B], Count[2       ],  "
+                        "UseMemory[0       k]\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("ClassName[CBigObjTest     ], Size[4096    B], Count[2       ],  "
+                        "UseMemory[8       k]\n"),
+              std::string::npos);
+    EXPECT_EQ(text.find("CNeverAddedObjTest"), std::string::npos);
+    // Names come out in byte order: "CBig..." before "CUnit...".
+    EXPECT_LT(text.find("CBigObjTest"), text.find("CUnitObjTest"));
+    EXPECT_NE(text.find("TotalUseMemory["), std::string::npos);
+
+    // Appended, not replaced.
+    const std::string twice = Report();
+    EXPECT_EQ(twice.compare(0, text.size(), text), 0);
+    EXPECT_GT(twice.size(), text.size());
+}
+
+TEST_F(ProfileObjects, ReportsGoNowhereWithoutTheirFolder) {
+    AddProfileObject("CNoFolderObjTest", 8);
+    PrintfProfileObjectCountInfo();
+    PrintHeapInfo();
+    EXPECT_EQ(Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt")), "");
+}
+
+TEST_F(ProfileObjects, HeapReportHasOneLinePerHeapAndTotals) {
+    m_clock.SetUnixTimeMs(1715113800000);
+    // On Windows the backslash is a separator; elsewhere it is part of the file's name.
+    m_dir.Write("profile/.keep", "");
+    PrintHeapInfo();
+    std::string text = Lf(m_dir.Read("profile/PrintHeapInfo.txt"));
+    if (text.empty()) {
+        text = Lf(m_dir.Read("profile\\PrintHeapInfo.txt"));
+    }
+    EXPECT_EQ(text.rfind("\n\n==========PrintHeapInfo[2024-5-7 28:30:0]=============\n", 0), 0u)
+        << text;
+    EXPECT_NE(text.find("[ 0]HeapAddress: "), std::string::npos);
+    EXPECT_NE(text.find("\nHeapUseInfo Total: "), std::string::npos);
+}
+
+struct HeapCase {
+    const char* what;
+    std::vector<platform::HeapEntry> entries;
+    HeapTotals want;
+};
+
+platform::HeapEntry Entry(uintptr_t data, uint32_t size, uint16_t flags, uintptr_t first = 0) {
+    platform::HeapEntry e{};
+    e.data = data;
+    e.dataSize = size;
+    e.flags = flags;
+    e.firstBlock = first;
+    return e;
+}
+
+TEST(HeapSums, AddEachKindOfEntryAsTheReportDoes) {
+    const uintptr_t base = 0x10000;
+    auto* heap = reinterpret_cast<platform::HeapHandle>(base);
+    const uint16_t busy = platform::kHeapEntryBusy;
+    const uint16_t region = platform::kHeapEntryRegion;
+    const uint16_t uncommitted = platform::kHeapEntryUncommitted;
+    const HeapCase cases[] = {
+        {"empty walk", {}, {0, 0, 0}},
+        {"header only", {Entry(base, 0, region, base + 0x400)}, {0x400, 0x400, 0}},
+        {"busy spans to the next entry",
+         {Entry(base, 0, region, base + 0x400), Entry(base + 0x400, 16, busy),
+          Entry(base + 0x500, 64, 0)},
+         {0x400 + 0x100 + 64, 0x400 + 0x100 + 64, 0}},
+        {"last busy and flagged busy add nothing",
+         {Entry(base, 0, region, base + 0x400), Entry(base + 0x400, 16, busy | 0x10),
+          Entry(base + 0x500, 16, busy)},
+         {0x400, 0x400, 0}},
+        {"uncommitted range",
+         {Entry(base, 0, region, base + 0x400), Entry(base + 0x8000, 0x2000, uncommitted)},
+         {0x400 + 0x2000, 0x400, 0x2000}},
+    };
+    for (const HeapCase& c : cases) {
+        const HeapTotals got = SumHeapEntries(heap, c.entries);
+        EXPECT_EQ(got.nTotal, c.want.nTotal) << c.what;
+        EXPECT_EQ(got.nCommitted, c.want.nCommitted) << c.what;
+        EXPECT_EQ(got.nUncommitted, c.want.nUncommitted) << c.what;
+    }
+}
+
+}  // namespace
+}  // namespace pind::test

@@ -1,0 +1,217 @@
+// The statistics report's bytes for a fixed tree and fixed times, its edge layouts, scopes from
+// several threads, bad names and sizes, and the Chrome trace read back with a JSON parser.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "pind/profile/Profiler.h"
+#include "pind/time/TimeText.h"
+#include "profile/ProfileTestSupport.h"
+#include "profile/TraceJson.h"
+
+namespace pind::test {
+namespace {
+
+std::string ReadExpected(const char* name) {
+    const std::string path = std::string(PIND_EXAMPLES_DIR) + "/../../tests/profile/data/" + name;
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void Scene(FakeClock& clock) {
+    PIND_PROFILE_SCOPE("CGame::Frame");
+    clock.AdvanceMs(2);
+    {
+        PIND_PROFILE_SCOPE("CWorld::Update");
+        clock.AdvanceMs(5);
+    }
+    {
+        PIND_PROFILE_SCOPE("CScene::Draw[2]");
+        clock.AdvanceMs(1);
+        PIND_PROFILE_SCOPE("CTerrain::Draw");
+        clock.AdvanceMs(3);
+    }
+}
+
+size_t Count(const std::string& text, const std::string& what) {
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+        ++n;
+    }
+    return n;
+}
+
+const std::string kClosing = std::string(133, '=') + "\n";
+// "=================================类型消耗时间====...\n"
+const std::string kClassifyHeading =
+    "=================================\xc0\xe0\xd0\xcd\xcf\xfb\xba\xc4\xca\xb1\xbc\xe4" +
+    std::string(86, '=') + "\n";
+
+TEST_F(ProfilerFixture, ReportMatchesExpectedBytes) {
+    Enable(0);
+    m_client.description = "PindBase test host";
+    Scene(m_clock);
+    Scene(m_clock);
+    {
+        PIND_PROFILE_SCOPE("Loader");
+        m_clock.AdvanceMs(3);
+    }
+    ProfileAddClassifyTime(2, 1.5f);
+    ProfileAddClassifyTime(-1, 0.25f);
+    ProfileAddClassifyTime(2, 1.0f);
+    ASSERT_TRUE(ProfileWriteReport("report.log"));
+
+    std::string want = ReadExpected("statistics_report.txt");
+    ASSERT_FALSE(want.empty());
+    want.replace(want.find("@TIME@"), 6, ServerTimeText(4));
+    EXPECT_EQ(Lf(m_dir.Read("report.log")), want);
+}
+
+TEST_F(ProfilerFixture, ReportWithoutTreeOrClassificationsKeepsHeadings) {
+    Enable(0);
+    ASSERT_TRUE(ProfileWriteReport("empty.log"));
+    const std::string text = Lf(m_dir.Read("empty.log"));
+    EXPECT_EQ(text.find("digraph"), std::string::npos);
+    EXPECT_EQ(text.find("(\xcf\xfb\xba\xc4"), std::string::npos);  // no tree line
+    // "====...函数调用Dot图====...\n" then the classification heading straight away.
+    const std::string tail =
+        "Dot\xcd\xbc" + std::string(84, '=') + "\n" + kClassifyHeading + kClosing;
+    ASSERT_GE(text.size(), tail.size());
+    EXPECT_EQ(text.substr(text.size() - tail.size()), tail);
+}
+
+TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
+    Enable(0);
+    constexpr int kThreads = 4;
+    constexpr int kPerThread = 2000;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < kPerThread; ++i) {
+                PIND_PROFILE_SCOPE("Worker");
+                CProfileScope named(i % 2 == 0 ? "Even" : "Odd");
+                ProfileAddClassifyTime(1, 0.0f);
+            }
+        });
+    }
+    for (int i = 0; i < 50; ++i) {
+        PIND_PROFILE_SCOPE("MainLoop");
+        char written = 0;
+        ProfileFrame(&written);
+    }
+    for (std::thread& t : threads) {
+        t.join();
+    }
+    ASSERT_TRUE(ProfileWriteReport("threads.log"));
+    const std::string text = Lf(m_dir.Read("threads.log"));
+    // Only the main thread's scopes form the tree.
+    EXPECT_EQ(Count(text,
+                    "\t"
+                    "MainLoop"),
+              0u);
+    EXPECT_EQ(Count(text, "-> Worker"), 0u);
+    // No interval rolled over (the clock stood still), so counts are whole.
+    EXPECT_NE(text.find("\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:8000 "), std::string::npos);
+    EXPECT_EQ(Count(text, "\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:4000 "), 2u);  // Even, Odd
+    ASSERT_TRUE(ProfileWriteChromeTrace("threads.json"));
+    TraceJson doc;
+    const std::string json = Lf(m_dir.Read("threads.json"));
+    ASSERT_TRUE(doc.Parse(json));
+    std::set<int> tids;
+    for (const auto& e : doc.events) {
+        if (e.text.at("ph") == "X") {
+            tids.insert(static_cast<int>(e.number.at("tid")));
+        }
+    }
+    EXPECT_EQ(tids.size(), kThreads + 1u);
+}
+
+TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
+    Enable(0);
+    // Names the dot graph and the JSON must survive.
+    const char* odd[] = {"A:B[1]", "quote\"d", "\xb5\xf7\xd3\xc3", "back\\slash", ""};
+    for (const char* name : odd) {
+        PIND_PROFILE_SCOPE("Outer");
+        CProfileScope scope(name);
+        m_clock.AdvanceMs(1);
+    }
+    // 1,000 levels of recursion of one site.
+    struct Recurse {
+        static void Run(int depth) {
+            PIND_PROFILE_SCOPE("Recurse");
+            if (depth > 0) {
+                Run(depth - 1);
+            }
+        }
+    };
+    Recurse::Run(1000);
+    // 10,000 distinct names: all counted, though the tree stops growing at its node bound.
+    for (int i = 0; i < 10000; ++i) {
+        CProfileScope scope(("Section" + std::to_string(i)).c_str());
+    }
+
+    ASSERT_TRUE(ProfileWriteReport("bad.log"));
+    const std::string text = Lf(m_dir.Read("bad.log"));
+    EXPECT_EQ(Count(text, "--[Section"), 10000u);
+    EXPECT_NE(text.find("\tOuter -> A_B_1_\n"), std::string::npos);
+    EXPECT_NE(text.find("\tOuter -> \xb5\xf7\xd3\xc3\n"), std::string::npos);
+    // The tree stops growing at its depth bound: far fewer edges than levels.
+    const size_t recursion = Count(text, "Recurse -> Recurse");
+    EXPECT_GT(recursion, 10u);
+    EXPECT_LT(recursion, 100u);
+
+    ASSERT_TRUE(ProfileWriteChromeTrace("bad.json"));
+    TraceJson doc;
+    const std::string json = Lf(m_dir.Read("bad.json"));
+    ASSERT_TRUE(doc.Parse(json));
+    std::set<std::string> names;
+    for (const auto& e : doc.events) {
+        names.insert(e.text.at("name"));
+    }
+    EXPECT_EQ(names.count("quote\"d"), 1u);
+    EXPECT_EQ(names.count("\xc2\xb5\xc3\xb7\xc3\x93\xc3\x83"), 1u);  // each GBK byte as U+00XX
+}
+
+TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
+    Enable(0);
+    ProfileSetTraceFrames(3);
+    for (int frame = 0; frame < 10; ++frame) {
+        Frame(1);
+        PIND_PROFILE_SCOPE("Tick");
+        m_clock.AdvanceMs(2);
+    }
+    ASSERT_TRUE(ProfileWriteChromeTrace("trace.json"));
+    ProfileSetTraceFrames(300);
+    TraceJson doc;
+    const std::string json = Lf(m_dir.Read("trace.json"));
+    ASSERT_TRUE(doc.Parse(json));
+    int frames = 0;
+    int scopes = 0;
+    double lastFrame = 0;
+    for (const auto& e : doc.events) {
+        const std::string ph = e.text.at("ph");
+        if (ph == "i") {
+            ++frames;
+            lastFrame = e.number.at("ts");
+        } else if (ph == "X") {
+            ++scopes;
+            EXPECT_DOUBLE_EQ(e.number.at("dur"), 2000.0);
+            EXPECT_EQ(e.text.at("name"), "Tick");
+        }
+    }
+    EXPECT_EQ(frames, 3);
+    EXPECT_EQ(scopes, 3);  // the scopes of the kept frames: frame 8 and 9 ended; 7's too
+    EXPECT_GT(lastFrame, 0.0);
+    EXPECT_FALSE(ProfileWriteChromeTrace("no/such/dir/t.json"));
+    EXPECT_FALSE(ProfileWriteChromeTrace(nullptr));
+}
+
+}  // namespace
+}  // namespace pind::test
