@@ -1,32 +1,28 @@
 // CMyLockCs: mutual exclusion between threads, recursion within one.
-#include "pind/diag/LockCs.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
 #include <vector>
 
+#include "pind/diag/LockCs.h"
+
 namespace {
 
 TEST(LockCs, TwoThreadsRunTheirGuardedSectionsOneAfterTheOther) {
     CMyLockCs lock;
-    int inside = 0;
-    int overlaps = 0;
+    int inside = 0, overlaps = 0;
     long total = 0;
     auto work = [&] {
         for (int i = 0; i < 20000; ++i) {
             EXPECT_TRUE(lock.Lock());
-            if (++inside != 1) {
-                ++overlaps;
-            }
+            overlaps += ++inside != 1;
             total += 1;  // unsynchronised except by the lock
             --inside;
             lock.Unlock();
         }
     };
-    std::thread a(work);
-    std::thread b(work);
+    std::thread a(work), b(work);
     a.join();
     b.join();
     EXPECT_EQ(overlaps, 0);

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "support/FakePackage.h"
 #include "pind/files/PackFile.h"
 #include "support/EngineLogCapture.h"
+#include "support/FakePackage.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -218,7 +218,6 @@ TEST_F(PackFileMemory, SeekStaysInsideTheDataExceptBeforeTheStartFromTheEnd) {
 
 TEST_F(PackFileMemory, HugeCountsWritesAndNullFilesAreRefused) {
     CPackFile* f = Open("A\x80z");
-    EXPECT_EQ(static_cast<uint32_t>(PackFGetc(f)), 0xFFFFFF41u);
     EXPECT_EQ(PackFSeek(f, 2, SEEK_SET), 0);
     EXPECT_EQ(PackFUngetc(-1, f), -1);
     char buf[8] = {};

@@ -154,18 +154,6 @@ TEST(LoggerFactoryConfig, AttributesReachTheDefaultLogger) {
     EXPECT_EQ(fixed(), "a=2;b=y;c=true;");
 }
 
-TEST_F(LoggerTest, EmptyFolderNameLeavesTheFolderInForce) {
-    _log::ILoggerFactory* factory = _log::GetLoggerFactory();
-    factory->SetLogFolder("");
-    factory->SetLogFolder(nullptr);
-    EXPECT_EQ(pind::detail::GetLogFolderName(), "debug");
-    NewLogger("folder")->Log(_log::LOG_INFO, "x");
-    EXPECT_EQ(ReadLines(kDayFile).size(), 1u);
-    factory->SetLogFolder("other");
-    NewLogger("folder")->Log(_log::LOG_INFO, "y");
-    EXPECT_EQ(ReadLines("./other/2024_5_7_x64.log").size(), 1u);
-}
-
 TEST(LoggerConfig, ModuleNameCut) {
     const std::pair<const char*, const char*> cases[] = {{"C:\\game\\bin\\client.exe", "client"},
                                                          {"/usr/local/bin/pind", "pind"},

@@ -118,6 +118,9 @@ TEST_F(LoggerWriterTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks
     m_dir.Write("taken/keep", "");
     std::filesystem::create_directories("taken/2024_5_7_x64.log");  // a folder with the file's name
     _log::CLoggerWriterDirctToFile writer(m_config);
+    _log::GetLoggerFactory()->SetLogFolder("");  // an empty name leaves the folder in force
+    _log::GetLoggerFactory()->SetLogFolder(nullptr);
+    EXPECT_EQ(pind::detail::GetLogFolderName(), "debug");
     size_t serial = 0;
     for (const char* folder : {"missing/sub", "blocked", "taken"}) {
         _log::GetLoggerFactory()->SetLogFolder(folder);

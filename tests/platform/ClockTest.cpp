@@ -1,10 +1,10 @@
 // The clock seam: an installed source answers every reading; the system clock moves forward.
-#include "pind/platform/Clock.h"
-
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <utility>
 
+#include "pind/platform/Clock.h"
 #include "support/FakeClock.h"
 
 namespace pind::platform {
@@ -31,14 +31,11 @@ TEST(Clock, InstalledSourceAnswersEveryReading) {
 
 TEST(Clock, Time64RoundsDownBeforeTheEpoch) {
     test::FakeClock clock;
-    struct Case {
-        int64_t ms;
-        int64_t seconds;
-    };
-    for (const Case& c : {Case{0, 0}, Case{999, 0}, Case{1000, 1}, Case{-1, -1}, Case{-1000, -1},
-                          Case{-1001, -2}}) {
-        clock.SetUnixTimeMs(c.ms);
-        EXPECT_EQ(Time64(), c.seconds) << c.ms;
+    const std::pair<int64_t, int64_t> cases[] = {{0, 0},   {999, 0},    {1000, 1},
+                                                 {-1, -1}, {-1000, -1}, {-1001, -2}};
+    for (const auto& [ms, seconds] : cases) {
+        clock.SetUnixTimeMs(ms);
+        EXPECT_EQ(Time64(), seconds) << ms;
     }
 }
 
@@ -60,9 +57,7 @@ TEST(Clock, SystemClockIsTheWallClockAndMovesForward) {
     const int64_t c1 = QueryPerformanceCounter();
     const uint32_t t1 = TimeGetTime();
     volatile uint64_t spin = 0;
-    for (int i = 0; i < 1000000; ++i) {
-        spin = spin + static_cast<uint64_t>(i);
-    }
+    for (int i = 0; i < 1000000; ++i) spin = spin + static_cast<uint64_t>(i);
     EXPECT_GT(QueryPerformanceCounter(), c1);
     EXPECT_LT(TimeGetTime() - t1, 1000u);  // moved on by milliseconds, not back (which wraps)
     EXPECT_GT(QueryPerformanceFrequency(), 0);

@@ -1,65 +1,68 @@
 // Zone offsets and calendar conversions under zones both platforms' runtimes read alike.
-#include "pind/platform/TimeZone.h"
-
 #include <gtest/gtest.h>
 
+#include <tuple>
+
+#include "pind/platform/System.h"
+#include "pind/platform/TimeZone.h"
 #include "support/FakeClock.h"
 #include "support/TempDir.h"
 
 namespace pind::platform {
 namespace {
 
-struct ZoneCase {
-    const char* tz;
-    long timezone;  // seconds west
-    long dstBias;
-    int localHourAt0103Utc;  // 2024-05-07 01:03:12 UTC, local wall clock hour
-    int localMinute;
-};
+const int64_t kMay = 1715043792;  // 2024-05-07 01:03:12 UTC, a Tuesday
+const int64_t kJan = 1705320000;  // 2024-01-15 12:00:00 UTC
 
-void PrintTo(const ZoneCase& c, std::ostream* os) { *os << c.tz; }
-
-class Zone : public ::testing::TestWithParam<ZoneCase> {};
-
-TEST_P(Zone, OffsetsAndLocalTimeFollowTz) {
-    const ZoneCase& c = GetParam();
-    test::ScopedTz tz(c.tz);
-    EXPECT_EQ(GetTimezone(), c.timezone);
-    EXPECT_EQ(GetDstBias(), c.dstBias);
-    EXPECT_EQ(GetDaylight() != 0, c.dstBias != 0);
-
-    std::tm tm{};
-    ASSERT_TRUE(LocalTime64(1715043792, &tm));
-    EXPECT_EQ(tm.tm_hour, c.localHourAt0103Utc);
-    EXPECT_EQ(tm.tm_min, c.localMinute);
-    EXPECT_EQ(tm.tm_sec, 12);
-
-    // mktime is the inverse of localtime.
-    EXPECT_EQ(MkTime64(&tm), 1715043792);
+TEST(TimeZone, OffsetsAndLocalTimeFollowTz) {
+    // TZ, seconds west, daylight bias, local hour and minute at kMay.
+    const std::tuple<const char*, long, long, int, int> cases[] = {
+        {"UTC0", 0, 0, 1, 3},
+        {"CST-8", -28800, 0, 9, 3},
+        {"NST+3:30", 12600, 0, 21, 33},  // 6 May
+        {"IST-5:30", -19800, 0, 6, 33},
+        {"EST5EDT", 18000, -3600, 21, 3}};  // summer: UTC-4
+    for (const auto& [zone, timezone, dstBias, hour, minute] : cases) {
+        test::ScopedTz tz(zone);
+        EXPECT_EQ(GetTimezone(), timezone) << zone;
+        EXPECT_EQ(GetDstBias(), dstBias) << zone;
+        EXPECT_EQ(GetDaylight() != 0, dstBias != 0) << zone;
+        std::tm tm{};
+        ASSERT_TRUE(LocalTime64(kMay, &tm));
+        EXPECT_EQ(std::make_tuple(tm.tm_hour, tm.tm_min, tm.tm_sec),
+                  std::make_tuple(hour, minute, 12))
+            << zone;
+        EXPECT_EQ(MkTime64(&tm), kMay) << zone;  // the inverse of localtime
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Zones, Zone,
-    ::testing::Values(ZoneCase{"UTC0", 0, 0, 1, 3},
-                      ZoneCase{"CST-8", -28800, 0, 9, 3},
-                      ZoneCase{"NST+3:30", 12600, 0, 21, 33},  // 6 May
-                      ZoneCase{"IST-5:30", -19800, 0, 6, 33},
-                      ZoneCase{"EST5EDT", 18000, -3600, 21, 3}));  // summer: UTC-4
+// A zone read from TZ after the process's own zone was in force keeps its daylight rule: the
+// Windows runtime keeps the daylight bias from the last system zone it read.
+TEST(TimeZone, DaylightRuleSurvivesTheSystemZoneInBetween) {
+    test::ScopedTz outer("UTC0");  // gives the caller's TZ back at the end
+    for (int round = 0; round < 2; ++round) {
+        SetEnv("TZ", nullptr);  // the machine's own zone, whatever it is
+        TzSet();
+        test::ScopedTz tz("EST5EDT");
+        EXPECT_EQ(GetDstBias(), -3600);
+        std::tm tm{};
+        ASSERT_TRUE(LocalTime64(kMay, &tm));
+        EXPECT_EQ(tm.tm_hour, 21);
+        EXPECT_GT(tm.tm_isdst, 0);
+        ASSERT_TRUE(LocalTime64(kJan, &tm));
+        EXPECT_EQ(tm.tm_hour, 7);
+        EXPECT_EQ(tm.tm_isdst, 0);
+    }
+    test::ScopedTz plain("CST-8");
+    EXPECT_EQ(GetDstBias(), 0);
+}
 
-TEST(TimeZone, GmTimeIgnoresTheZone) {
+TEST(TimeZone, GmTimeIgnoresTheZoneAndFailuresZeroTheResult) {
     test::ScopedTz tz("CST-8");
     std::tm tm{};
-    ASSERT_TRUE(GmTime64(1715043792, &tm));
-    EXPECT_EQ(tm.tm_year + 1900, 2024);
-    EXPECT_EQ(tm.tm_mon + 1, 5);
-    EXPECT_EQ(tm.tm_mday, 7);
-    EXPECT_EQ(tm.tm_hour, 1);
-    EXPECT_EQ(tm.tm_wday, 2);  // Tuesday
-}
-
-TEST(TimeZone, RejectsWhatTheRuntimeRejects) {
-    std::tm tm{};
-    tm.tm_hour = 5;
+    ASSERT_TRUE(GmTime64(kMay, &tm));
+    EXPECT_EQ(std::make_tuple(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_wday),
+              std::make_tuple(2024, 5, 7, 1, 2));
     EXPECT_FALSE(LocalTime64(-1, &tm));
     EXPECT_EQ(tm.tm_hour, 0);  // zeroed on failure
     EXPECT_FALSE(GmTime64(-86400, &tm));
@@ -70,27 +73,19 @@ TEST(TimeZone, RejectsWhatTheRuntimeRejects) {
 TEST(TimeZone, SystemTimesComeFromTheClockSeam) {
     test::ScopedTz tz("CST-8");
     test::FakeClock clock;
-    clock.SetUnixTimeMs(1715043792345);
-    SystemTime utc{};
+    clock.SetUnixTimeMs(kMay * 1000 + 345);
+    auto fields = [](const SystemTime& t) {
+        return std::make_tuple(t.wYear, t.wMonth, t.wDay, t.wDayOfWeek, t.wHour, t.wMinute,
+                               t.wSecond, t.wMilliseconds);
+    };
+    SystemTime utc{}, local{};
     GetSystemTime(&utc);
-    EXPECT_EQ(utc.wYear, 2024);
-    EXPECT_EQ(utc.wMonth, 5);
-    EXPECT_EQ(utc.wDay, 7);
-    EXPECT_EQ(utc.wDayOfWeek, 2);
-    EXPECT_EQ(utc.wHour, 1);
-    EXPECT_EQ(utc.wMinute, 3);
-    EXPECT_EQ(utc.wSecond, 12);
-    EXPECT_EQ(utc.wMilliseconds, 345);
-
-    SystemTime local{};
     GetLocalTime(&local);
-    EXPECT_EQ(local.wHour, 9);
-    EXPECT_EQ(local.wMilliseconds, 345);
-
-    clock.SetUnixTimeMs(1715043792345 + 15 * 3600 * 1000);  // past local midnight
+    EXPECT_EQ(fields(utc), fields(SystemTime{2024, 5, 2, 7, 1, 3, 12, 345}));
+    EXPECT_EQ(fields(local), fields(SystemTime{2024, 5, 2, 7, 9, 3, 12, 345}));
+    clock.AdvanceMs(15 * 3600 * 1000);  // past local midnight
     GetLocalTime(&local);
-    EXPECT_EQ(local.wDay, 8);
-    EXPECT_EQ(local.wHour, 0);
+    EXPECT_EQ(fields(local), fields(SystemTime{2024, 5, 3, 8, 0, 3, 12, 345}));
     GetSystemTime(nullptr);  // ignored
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 // Every byte must be a digit (hex after a lower-case "0x"); a leading '-' is allowed only when the
 // text does not start with 0. The 32-bit parsers saturate like strtol and strtoul.
-TEST(Convert, ParsersCheckTheWholeTextThenConvert) {
+TEST(Convert, ParsersCheckEveryByteOfTheTextThenConvert) {
     for (const char* bad : {"", "12a", "0X1F", "-", "0x", "0-5", "-0x5", "--1", " 1", "+1"}) {
         const std::string text = bad;
         EXPECT_EQ(StrToInt(text) + StrToUInt(text) + StrToUInt64(text), 0u) << text;
@@ -42,9 +42,7 @@ TEST(Convert, ParsersCheckTheWholeTextThenConvert) {
         EXPECT_EQ(SzToUInt64(c.pszText), c.nUInt64) << c.pszText;
         EXPECT_EQ(SzToInt(c.pszText), c.nSzInt) << c.pszText;
     }
-}
-
-TEST(Convert, StringObjectsCheckEveryByteAndNullTextsGiveZero) {
+    // String objects check every byte; null texts give zero.
     EXPECT_EQ(StrToInt(std::string("12\0003", 4)), 0);
     EXPECT_EQ(StrToUInt64(std::string("7\0", 2)), 0u);
     EXPECT_EQ(SzToUInt64(nullptr), 0u);
