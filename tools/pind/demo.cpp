@@ -21,6 +21,7 @@ const DemoStep kSteps[] = {
     {"logging", DemoLogging},
     {"files", DemoFiles},
     {"ini", DemoIni},
+    {"curves", DemoCurves},
 };
 
 std::string ScratchFolder() {
