@@ -303,7 +303,7 @@ std::string Svg(const Picture& pic) {
     }
     svg += "</g>\n<g fill=\"none\" stroke=\"crimson\" stroke-width=\"1.5\">\n";
     for (size_t i = 0; i < pic.ax.size(); ++i) {
-        if (std::isfinite(pic.ax[i]) && std::isfinite(pic.ay[i])) {
+        if (pic.ax[i] >= x0 && pic.ax[i] <= x1 && std::isfinite(pic.ay[i])) {
             svg += "<circle cx=\"" + at(sx(pic.ax[i])) + "\" cy=\"" + at(sy(pic.ay[i])) +
                    "\" r=\"5\"/>\n";
         }
