@@ -565,7 +565,7 @@ void DemoCurves(const DemoContext& ctx) {
     pic.ay = {cubic[1], cubic[2], cubic[3]};
     const std::string svg = ctx.workDir + "/curves.svg";
     if (SaveSvg(svg, pic)) {
-        std::printf("  picture written to %s (pind demo --keep keeps it)\n", svg.c_str());
+        std::printf("  picture written to %s (kept after the demo with --keep)\n", svg.c_str());
     }
 }
 
