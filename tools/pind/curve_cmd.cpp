@@ -193,7 +193,9 @@ std::vector<double> Samples(double lo, double hi, const std::vector<double>& dat
     std::vector<double> xs;
     const int count = 1024;
     for (int i = 0; i <= count; ++i) {
-        xs.push_back(i == count ? hi : lo + (hi / 2 - lo / 2) * 2 * i / count);
+        // Weighted ends rather than lo + (hi - lo) t, which overflows on ranges near DBL_MAX.
+        const double t = static_cast<double>(i) / count;
+        xs.push_back(i == count ? hi : lo * (1.0 - t) + hi * t);
     }
     if (dataX.size() <= 2000) {
         for (double v : dataX) {
