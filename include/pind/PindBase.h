@@ -13,6 +13,7 @@
 #include "pind/crypto/BigInt.h"
 #include "pind/crypto/ClientCryptor.h"
 #include "pind/crypto/KeyCipher.h"
+#include "pind/curves/spline.h"
 #include "pind/diag/LockCs.h"
 #include "pind/diag/Report.h"
 #include "pind/diag/StringMem.h"

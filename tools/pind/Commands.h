@@ -28,6 +28,7 @@ void DemoIni(const DemoContext& ctx);
 void DemoTime(const DemoContext& ctx);
 void DemoServerText(const DemoContext& ctx);
 void DemoProfile(const DemoContext& ctx);
+void DemoCurves(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -40,6 +41,7 @@ int RunTime(int argc, char** argv);
 int RunJson(int argc, char** argv);
 int RunText(int argc, char** argv);
 int RunProfile(int argc, char** argv);
+int RunCurve(int argc, char** argv);
 
 }  // namespace pind::tool
 

@@ -27,6 +27,7 @@ const DemoStep kSteps[] = {
     {"time", DemoTime},
     {"servertext", DemoServerText},
     {"profile", DemoProfile},
+    {"curves", DemoCurves},
 };
 
 const char kDemoUsage[] =

@@ -24,6 +24,7 @@ const Command kCommands[] = {
     {"json", "check a JSON file or print it pretty or compact", pind::tool::RunJson},
     {"text", "convert a server string against a string table", pind::tool::RunText},
     {"profile", "profile a scripted scene: trace, overlay, call graph", pind::tool::RunProfile},
+    {"curve", "interpolate or fit points from standard input", pind::tool::RunCurve},
 };
 
 void PrintHelp(std::FILE* out) {
