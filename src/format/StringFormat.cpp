@@ -1,8 +1,11 @@
 #include "pind/format/StringFormat.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -96,17 +99,35 @@ int ParseSpec(const char* text, FormatSpec* spec) {
         spec->nFlags |= kFormatFlagLong;
         ++p;
     }
-    if (*p == '\0' || std::strchr("EGXcdefginopsux", *p) == nullptr) {
-        return -1;
+    switch (*p) {
+        case 'E':
+        case 'G':
+        case 'X':
+        case 'c':
+        case 'd':
+        case 'e':
+        case 'f':
+        case 'g':
+        case 'i':
+        case 'n':
+        case 'o':
+        case 'p':
+        case 's':
+        case 'u':
+        case 'x':
+            break;
+        default:
+            return -1;
     }
     spec->cConversion = static_cast<uint8_t>(*p);
     return static_cast<int>(p - text) + 1;
 }
 
 // Joins prefix and body onto `out` with the width padding shared by every conversion but %s.
+// `zeros` are leading zeros of the body (an integer's minimum digit count).
 void AppendPadded(std::string& out, const FormatSpec& spec, const char* prefix, size_t prefixLen,
-                  const char* body, size_t bodyLen) {
-    const int64_t total = static_cast<int64_t>(prefixLen + bodyLen);
+                  const char* body, size_t bodyLen, size_t zeros = 0) {
+    const int64_t total = static_cast<int64_t>(prefixLen + zeros + bodyLen);
     const bool left = (spec.nFlags & kFormatFlagMinus) != 0;
     const bool zero = (spec.nFlags & kFormatFlagZero) != 0 && !left;
     size_t pad = 0;
@@ -120,6 +141,9 @@ void AppendPadded(std::string& out, const FormatSpec& spec, const char* prefix, 
     out.append(prefix, prefixLen);
     if (pad != 0 && zero) {
         out.append(pad, '0');
+    }
+    if (zeros != 0) {
+        out.append(zeros, '0');
     }
     out.append(body, bodyLen);
     if (pad != 0 && left) {
@@ -194,14 +218,9 @@ bool EmitInteger(std::string& out, const FormatSpec& spec, const FormatArg& arg)
     } while (value != 0);
     size_t count = static_cast<size_t>(end - start);
     const int32_t minDigits = (spec.nFlags & kFormatFlagPrecision) != 0 ? spec.nPrecision : -1;
-    if (minDigits > static_cast<int32_t>(count)) {
-        // Precision is a minimum digit count; only here can the body outgrow the stack buffer.
-        std::string body(static_cast<size_t>(minDigits) - count, '0');
-        body.append(start, count);
-        AppendPadded(out, spec, prefix, prefixLen, body.data(), body.size());
-    } else {
-        AppendPadded(out, spec, prefix, prefixLen, start, count);
-    }
+    const size_t zeros =
+        minDigits > static_cast<int32_t>(count) ? static_cast<size_t>(minDigits) - count : 0;
+    AppendPadded(out, spec, prefix, prefixLen, start, count, zeros);
     return true;
 }
 
@@ -297,19 +316,8 @@ bool EmitCount(std::string& out, const FormatArg& arg) {
     return false;
 }
 
-// Writes the value as an output string stream set up from the specification writes it: the
-// stream's printf conversion, then its own fill to the width (in front unless left-adjusted, so a
-// '0' fill lands before a minus sign). The space flag plays no part.
-bool EmitFloat(std::string& out, const FormatSpec& spec, const FormatArg& arg) {
-    if ((spec.nFlags & kFormatFlagLongDouble) != 0) {
-        if (arg.nType != kFormatArgLongDouble) {
-            ReportFormatError(2001, "invalid argument type. expect a long double");
-            return false;
-        }
-    } else if (arg.nType != kFormatArgDouble) {
-        ReportFormatError(2001, "invalid argument type. expect a float/double");
-        return false;
-    }
+// The stream's own conversion: printf with "%[+][#].*" and the conversion letter.
+int PrintfFloat(char* out, size_t size, const FormatSpec& spec, int precision, double value) {
     char format[8];
     char* f = format;
     *f++ = '%';
@@ -323,22 +331,70 @@ bool EmitFloat(std::string& out, const FormatSpec& spec, const FormatArg& arg) {
     *f++ = '*';
     *f++ = static_cast<char>(spec.cConversion);
     *f = '\0';
+    return std::snprintf(out, size, format, precision, value);
+}
+
+// The same bytes for finite values without '#', several times faster than printf; -1 where it
+// does not apply or the text does not fit.
+int FastFloat(char* out, size_t size, const FormatSpec& spec, int precision, double value) {
+    if ((spec.nFlags & kFormatFlagHash) != 0 || !std::isfinite(value) || size < 2) {
+        return -1;
+    }
+    char* first = out;
+    if ((spec.nFlags & kFormatFlagPlus) != 0 && !std::signbit(value)) {
+        *first++ = '+';
+    }
+    const char conversion = static_cast<char>(spec.cConversion);
+    const std::chars_format style = conversion == 'f' ? std::chars_format::fixed
+                                    : conversion == 'e' || conversion == 'E'
+                                        ? std::chars_format::scientific
+                                        : std::chars_format::general;
+    const std::to_chars_result r = std::to_chars(first, out + size - 1, value, style, precision);
+    if (r.ec != std::errc()) {
+        return -1;
+    }
+    if (conversion == 'E' || conversion == 'G') {
+        for (char* p = first; p != r.ptr; ++p) {
+            if (*p == 'e') {
+                *p = 'E';
+            }
+        }
+    }
+    return static_cast<int>(r.ptr - out);
+}
+
+// Writes the value as an output string stream set up from the specification writes it: the
+// stream's printf conversion, then its own fill to the width (in front unless left-adjusted, so a
+// '0' fill lands before a minus sign). The space flag plays no part.
+bool EmitFloat(std::string& out, const FormatSpec& spec, const FormatArg& arg) {
+    if ((spec.nFlags & kFormatFlagLongDouble) != 0) {
+        if (arg.nType != kFormatArgLongDouble) {
+            ReportFormatError(2001, "invalid argument type. expect a long double");
+            return false;
+        }
+    } else if (arg.nType != kFormatArgDouble) {
+        ReportFormatError(2001, "invalid argument type. expect a float/double");
+        return false;
+    }
     // The stream falls back to its default precision when given a negative one.
     int precision = 6;
     if ((spec.nFlags & kFormatFlagPrecision) != 0 && spec.nPrecision >= 0) {
         precision = spec.nPrecision;
     }
     char local[128];
-    const char* text = local;
     std::string big;
-    int length = std::snprintf(local, sizeof local, format, precision, arg.dValue);
+    const char* text = local;
+    int length = FastFloat(local, sizeof local, spec, precision, arg.dValue);
     if (length < 0) {
-        return false;
-    }
-    if (static_cast<size_t>(length) >= sizeof local) {
-        big.resize(static_cast<size_t>(length) + 1);
-        std::snprintf(&big[0], big.size(), format, precision, arg.dValue);
-        text = big.data();
+        length = PrintfFloat(local, sizeof local, spec, precision, arg.dValue);
+        if (length < 0) {
+            return false;
+        }
+        if (static_cast<size_t>(length) >= sizeof local) {
+            big.resize(static_cast<size_t>(length) + 1);
+            PrintfFloat(&big[0], big.size(), spec, precision, arg.dValue);
+            text = big.data();
+        }
     }
     size_t pad = 0;
     if ((spec.nFlags & kFormatFlagWidth) != 0 && spec.nWidth > length) {
@@ -417,16 +473,18 @@ bool CStringFormatter::CImpl::ParseFormat(const char* pszFormat) {
         return false;
     }
     const size_t length = std::strlen(pszFormat);
-    // Sized up front so that neither parsing nor the usual appends reallocate.
+    // Sized up front so that neither parsing nor the usual appends reallocate; a conversion takes
+    // at most three arguments (width, precision, value).
     size_t percents = 0;
-    size_t stars = 0;
-    for (const char* p = pszFormat; *p != '\0'; ++p) {
-        percents += *p == '%';
-        stars += *p == '*';
+    for (const char* p = pszFormat;
+         (p = static_cast<const char*>(
+              std::memchr(p, '%', length - static_cast<size_t>(p - pszFormat)))) != nullptr;
+         ++p) {
+        ++percents;
     }
     m_vecKinds.reserve(2 * percents + 1);
     m_vecSpecs.reserve(percents);
-    m_vecArgs.reserve(percents + stars);
+    m_vecArgs.reserve(3 * percents);
     m_vecLiterals.reserve(percents + 1);
 
     size_t pos = 0;
@@ -559,9 +617,46 @@ const FormatSpec* CStringFormatter::CImpl::GetFormatType(int nIndex) {
 
 namespace {
 
-// Parses into a fresh implementation and names the site; reports an unparsable format.
+// A destroyed formatter leaves its implementation to the next one built on the same thread:
+// parsing clears it all but keeps the buffers, so the usual build-format-destroy cycle allocates
+// nothing once warm. Plain thread-locals stay usable while the thread's destructors run.
+thread_local CStringFormatter::CImpl* t_pSpare = nullptr;
+thread_local bool t_bThreadEnding = false;
+
+struct SpareReaper {
+    ~SpareReaper() {
+        t_bThreadEnding = true;
+        delete t_pSpare;
+        t_pSpare = nullptr;
+    }
+};
+thread_local SpareReaper t_reaper;
+
+// Buffers above these sizes are given back rather than kept for the thread.
+constexpr size_t kMaxSpareText = 1024;
+constexpr size_t kMaxSpareItems = 64;
+
+void Release(CStringFormatter::CImpl* impl) {
+    if (impl != nullptr && t_pSpare == nullptr && !t_bThreadEnding &&
+        impl->m_strFormat.capacity() <= kMaxSpareText &&
+        impl->m_strResult.capacity() <= kMaxSpareText &&
+        impl->m_vecKinds.capacity() <= 2 * kMaxSpareItems &&
+        impl->m_vecArgs.capacity() <= kMaxSpareItems &&
+        impl->m_vecLiterals.capacity() <= kMaxSpareItems) {
+        static_cast<void>(&t_reaper);  // registers the thread-exit cleanup
+        t_pSpare = impl;
+        return;
+    }
+    delete impl;
+}
+
+// Parses into a cleared implementation and names the site; reports an unparsable format.
 CStringFormatter::CImpl* MakeImpl(const char* pszFormat, const char* pszFile, int nLine) {
-    auto* impl = new (std::nothrow) CStringFormatter::CImpl;
+    CStringFormatter::CImpl* impl = t_pSpare;
+    t_pSpare = nullptr;
+    if (impl == nullptr) {
+        impl = new (std::nothrow) CStringFormatter::CImpl;
+    }
     const char* format = pszFormat != nullptr ? pszFormat : "";
     if (impl == nullptr) {
         pind::detail::SetFormatErrorSite(format, std::strlen(format), pszFile, nLine);
@@ -608,13 +703,13 @@ CStringFormatter::CStringFormatter(const CStringFormatter& other)
 CStringFormatter& CStringFormatter::operator=(const CStringFormatter& other) {
     if (this != &other) {
         CImpl* copy = CopyImpl(other.m_pImpl);
-        delete m_pImpl;
+        Release(m_pImpl);
         m_pImpl = copy;
     }
     return *this;
 }
 
-CStringFormatter::~CStringFormatter() { delete m_pImpl; }
+CStringFormatter::~CStringFormatter() { Release(m_pImpl); }
 
 bool CStringFormatter::IsValid() const {
     if (m_pImpl == nullptr) {
@@ -816,6 +911,6 @@ bool CheckFormatArgs(const char* pszFormat, va_list args) {
     } catch (...) {
         ReportInternal();
     }
-    delete impl;
+    Release(impl);
     return valid;
 }

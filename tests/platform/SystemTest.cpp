@@ -1,14 +1,14 @@
 // Process and file-system services with the Windows functions' results.
-#include "pind/platform/System.h"
-
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "pind/platform/System.h"
 #include "support/TempDir.h"
 
 namespace pind::platform {
@@ -96,16 +96,16 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
         uint32_t want;
     };
     const Case cases[] = {
-        {"FrameRate", "Profile", 0, 1},          // section and key ignore case and blanks
+        {"FrameRate", "Profile", 0, 1},  // section and key ignore case and blanks
         {"FrameRate", "ProfileInterval", 10, 20},
         {"FrameRate", "Negative", 0, 0xFFFFFFFBu},
         {"FrameRate", "Trailing", 0, 12},
-        {"FrameRate", "Letters", 7, 0},          // present but not a number: 0
-        {"FrameRate", "Empty", 7, 7},            // empty: the default
+        {"FrameRate", "Letters", 7, 0},  // present but not a number: 0
+        {"FrameRate", "Empty", 7, 7},    // empty: the default
         {"FrameRate", "Quoted", 0, 42},
         {"FrameRate", "Binary", 0, 5},
         {"FrameRate", "Commented", 3000, 3000},
-        {"FrameRate", "Stray", 8, 8},            // keys before any section belong to none
+        {"FrameRate", "Stray", 8, 8},  // keys before any section belong to none
         {"Missing", "Profile", -1, 0xFFFFFFFFu},
         {"Other", "Profile", 0, 9},
     };
@@ -160,6 +160,23 @@ TEST(System, ReadableStringProbeDoesNotFault) {
     EXPECT_TRUE(IsReadableString(text, 0));
     EXPECT_FALSE(IsReadableString(nullptr, 1));
     EXPECT_FALSE(IsReadableString(reinterpret_cast<const char*>(uintptr_t{16}), 1));
+}
+
+TEST(System, ReadableStringProbeFindsTextWhereverItLives) {
+    static const char s_static[] = "static";
+    const std::string heap(100, 'h');
+    std::vector<char> big(std::size_t{1} << 20, 'b');  // a block of its own mapping
+    big.back() = '\0';
+    auto probeAll = [&] {
+        const char local[] = "stack";
+        for (const char* text :
+             {s_static, "literal", heap.c_str(), static_cast<const char*>(big.data()), &local[0]}) {
+            EXPECT_TRUE(IsReadableString(text, 1));
+            EXPECT_TRUE(IsReadableString(text, big.size()));
+        }
+    };
+    probeAll();
+    std::thread(probeAll).join();
 }
 
 }  // namespace
