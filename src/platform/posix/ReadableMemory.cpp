@@ -77,7 +77,45 @@ int CollectRanges(dl_phdr_info* info, size_t, void* data) {
     return 0;
 }
 
+// The main program and this library stay loaded while this code runs, so their ranges need no
+// check against the loader's counters.
+struct LastingRanges {
+    uintptr_t self;
+    bool first = true;
+    std::vector<Range> ranges;
+};
+
+int CollectLasting(dl_phdr_info* info, size_t size, void* data) {
+    auto* lasting = static_cast<LastingRanges*>(data);
+    std::vector<Range> module;
+    CollectRanges(info, size, &module);
+    bool keep = lasting->first;
+    for (const Range& r : module) {
+        keep = keep || SpanIn(lasting->self, r.begin, r.end) != 0;
+    }
+    if (keep) {
+        lasting->ranges.insert(lasting->ranges.end(), module.begin(), module.end());
+    }
+    lasting->first = false;
+    return 0;
+}
+
+const std::vector<Range>& Lasting() {
+    static const std::vector<Range> s_ranges = [] {
+        LastingRanges lasting;
+        lasting.self = reinterpret_cast<uintptr_t>(&KnownReadableSpan);
+        dl_iterate_phdr(CollectLasting, &lasting);
+        return lasting.ranges;
+    }();
+    return s_ranges;
+}
+
 size_t ModuleSpan(uintptr_t address) {
+    for (const Range& r : Lasting()) {
+        if (const size_t span = SpanIn(address, r.begin, r.end)) {
+            return span;
+        }
+    }
     thread_local ModuleRanges t_modules;
     unsigned long long counters[3] = {0, 0, 0};
     dl_iterate_phdr(ReadCounters, counters);
