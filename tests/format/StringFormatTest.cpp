@@ -221,7 +221,8 @@ TEST(StringFormat, CopiesAreDeep) {
     b.AddArg("b");
     CStringFormatter c("%d", "StringFormatTest", 1);
     c = b;
-    c = c;  // self-assignment keeps it
+    CStringFormatter& self = c;
+    c = self;  // self-assignment keeps it
     a.AddArg("a");
     EXPECT_EQ(a.GetResult(), "1-a");
     EXPECT_EQ(b.GetResult(), "1-b");
@@ -238,7 +239,7 @@ TEST(StringFormat, AgreesWithSnprintfOnCommonGround) {
     const int values[] = {0, 1, 7, 65, -1, -42, 255, 70000, INT32_MAX, INT32_MIN};
     for (const char* format : intFormats) {
         for (int value : values) {
-            if ((format[1] == 'c' || format[2] == 'c' || format[3] == 'c') && value <= 0) {
+            if (std::strchr(format, 'c') != nullptr && value <= 0) {
                 continue;  // a NUL ends snprintf's text
             }
             if (value == 0 && std::strpbrk(format, "#+") != nullptr) {
