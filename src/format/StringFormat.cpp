@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
-#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -449,6 +448,7 @@ bool EmitFloat(std::string& out, const FormatSpec& spec, const FormatArg& arg) {
     if (length < 0) {
         length = PrintfFloat(local, sizeof local, spec, precision, arg.dValue);
         if (length < 0) {
+            ReportInternal();
             return false;
         }
         if (static_cast<size_t>(length) >= sizeof local) {
