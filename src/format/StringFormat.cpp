@@ -284,10 +284,24 @@ bool EmitInteger(std::string& out, const FormatSpec& spec, const FormatArg& arg)
     char buffer[24];
     char* end = buffer + sizeof buffer;
     char* start = end;
-    do {
-        *--start = digits[value % base];
-        value /= base;
-    } while (value != 0);
+    // Least significant digit first. Powers of two shift; decimal divides by a constant, which
+    // compiles to a multiplication, and in 32 bits while the value fits.
+    if (base != 10) {
+        const unsigned shift = base == 16 ? 4 : 3;
+        do {
+            *--start = digits[value & (base - 1)];
+            value >>= shift;
+        } while (value != 0);
+    } else {
+        for (; value > 0xFFFFFFFFu; value /= 10) {
+            *--start = static_cast<char>('0' + value % 10);
+        }
+        auto small = static_cast<uint32_t>(value);
+        do {
+            *--start = static_cast<char>('0' + small % 10);
+            small /= 10;
+        } while (small != 0);
+    }
     size_t count = static_cast<size_t>(end - start);
     const int32_t minDigits = (spec.nFlags & kFormatFlagPrecision) != 0 ? spec.nPrecision : -1;
     const size_t zeros =
