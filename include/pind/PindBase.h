@@ -26,6 +26,8 @@
 #include "pind/files/ZipPackage.h"
 #include "pind/files/ZipWriter.h"
 #include "pind/json/FmtJson.h"
+#include "pind/format/FormatError.h"
+#include "pind/format/StringFormat.h"
 #include "pind/logging/LogRecord.h"
 #include "pind/logging/Logger.h"
 #include "pind/logging/LoggerWriter.h"

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "pind/platform/System.h"
@@ -149,6 +150,23 @@ TEST(System, ReadableStringProbeDoesNotFault) {
     EXPECT_TRUE(IsReadableString(text, 0));
     EXPECT_FALSE(IsReadableString(nullptr, 1));
     EXPECT_FALSE(IsReadableString(reinterpret_cast<const char*>(uintptr_t{16}), 1));
+}
+
+TEST(System, ReadableStringProbeFindsTextWhereverItLives) {
+    static const char s_static[] = "static";
+    const std::string heap(100, 'h');
+    std::vector<char> big(std::size_t{1} << 20, 'b');  // a block of its own mapping
+    big.back() = '\0';
+    auto probeAll = [&] {
+        const char local[] = "stack";
+        for (const char* text :
+             {s_static, "literal", heap.c_str(), static_cast<const char*>(big.data()), &local[0]}) {
+            EXPECT_TRUE(IsReadableString(text, 1));
+            EXPECT_TRUE(IsReadableString(text, big.size()));
+        }
+    };
+    probeAll();
+    std::thread(probeAll).join();
 }
 
 }  // namespace

@@ -29,6 +29,7 @@ void DemoTime(const DemoContext& ctx);
 void DemoServerText(const DemoContext& ctx);
 void DemoProfile(const DemoContext& ctx);
 void DemoCurves(const DemoContext& ctx);
+void DemoFormat(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -42,6 +43,7 @@ int RunJson(int argc, char** argv);
 int RunText(int argc, char** argv);
 int RunProfile(int argc, char** argv);
 int RunCurve(int argc, char** argv);
+int RunPrintf(int argc, char** argv);
 
 }  // namespace pind::tool
 

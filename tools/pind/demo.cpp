@@ -28,6 +28,7 @@ const DemoStep kSteps[] = {
     {"servertext", DemoServerText},
     {"profile", DemoProfile},
     {"curves", DemoCurves},
+    {"format", DemoFormat},
 };
 
 const char kDemoUsage[] =

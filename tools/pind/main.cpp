@@ -25,6 +25,7 @@ const Command kCommands[] = {
     {"text", "convert a server string against a string table", pind::tool::RunText},
     {"profile", "profile a scripted scene: trace, overlay, call graph", pind::tool::RunProfile},
     {"curve", "interpolate or fit points from standard input", pind::tool::RunCurve},
+    {"printf", "format typed arguments with the checked formatter", pind::tool::RunPrintf},
 };
 
 void PrintHelp(std::FILE* out) {

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/posix/ReadableMemory.h"
+
 namespace pind::platform {
 
 uint32_t ModuleFileName(char* buffer, uint32_t size) {
@@ -148,6 +150,12 @@ bool ProbeCopy(const char* p, char* out, size_t n) {
 bool IsReadableString(const char* text, size_t maxChars) {
     if (text == nullptr) {
         return false;
+    }
+    // Most texts live where the process knows it can read; only the rest costs a kernel probe.
+    if (const size_t known = detail::KnownReadableSpan(text)) {
+        if (known >= maxChars || std::memchr(text, '\0', known) != nullptr) {
+            return true;
+        }
     }
     const uintptr_t kPage = 4096;
     char chunk[4096];
