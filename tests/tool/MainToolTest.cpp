@@ -51,6 +51,9 @@ TEST(PindTool, EveryCommandHasHelpOnStdoutAndUsageErrorsOnStderr) {
         EXPECT_EQ(run.out.rfind("usage: pind " + command, 0), 0u) << command << ": " << run.out;
         EXPECT_EQ(run.err, "") << command;
 
+        if (command == "printf") {
+            continue;  // its first argument is the format, whatever it looks like
+        }
         run = RunPind({command, "--no-such-option"});
         EXPECT_EQ(run.status, 2) << command;
         EXPECT_EQ(run.out, "") << command;
