@@ -37,5 +37,7 @@
 #include "pind/platform/Window.h"
 #include "pind/strings/Convert.h"
 #include "pind/strings/SafeString.h"
+#include "pind/xml/TinyXml.h"
+#include "pind/xml/XmlDocument.h"
 
 #endif  // PIND_PINDBASE_H_
