@@ -22,6 +22,7 @@ void DemoCrypt(const DemoContext& ctx);
 void DemoLogging(const DemoContext& ctx);
 void DemoFiles(const DemoContext& ctx);
 void DemoIni(const DemoContext& ctx);
+void DemoXml(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -30,6 +31,7 @@ int RunLog(int argc, char** argv);
 int RunZip(int argc, char** argv);
 int RunPack(int argc, char** argv);
 int RunIni(int argc, char** argv);
+int RunXml(int argc, char** argv);
 
 }  // namespace pind::tool
 

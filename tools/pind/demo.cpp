@@ -21,6 +21,7 @@ const DemoStep kSteps[] = {
     {"logging", DemoLogging},
     {"files", DemoFiles},
     {"ini", DemoIni},
+    {"xml", DemoXml},
 };
 
 std::string ScratchFolder() {

@@ -20,6 +20,7 @@ const Command kCommands[] = {
     {"zip", "write a zip archive's first entry to a file", pind::tool::RunZip},
     {"pack", "list or print packaged files", pind::tool::RunPack},
     {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
+    {"xml", "check an XML file, or rewrite it in the library's layout", pind::tool::RunXml},
 };
 
 void PrintHelp(std::FILE* out) {
