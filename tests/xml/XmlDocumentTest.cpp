@@ -172,13 +172,16 @@ TEST_F(XmlTest, HostFoldersPrimaryThenSecondaryNullAsEmpty) {
     EXPECT_TRUE(Load(doc, "<s/>"));
     EXPECT_EQ(doc.GetRoot()->GetName(), "s");
 
-    struct NullFolders : IPindClientNone {
+    // A null folder counts as empty: "/" + name is tried (and misses) before the second folder.
+    struct NullPrimary : IPindClientNone {
+        std::string secondary;
         const char* GetPrimaryFolder() override { return nullptr; }
-        const char* GetSecondaryFolder() override { return nullptr; }
-    } nullFolders;
-    SetClient(&nullFolders);
-    const std::string path = m_dir.Write("n.xml", "<n/>");
-    EXPECT_TRUE(doc.Load(path.substr(1)));  // "" + "/" + name is the absolute path
+        const char* GetSecondaryFolder() override { return secondary.c_str(); }
+    } nullPrimary;
+    nullPrimary.secondary = m_dir.Path();
+    SetClient(&nullPrimary);
+    m_dir.Write("n.xml", "<n/>");
+    EXPECT_TRUE(doc.Load("n.xml"));
     EXPECT_EQ(doc.GetRoot()->GetName(), "n");
     SetClient(&m_client);
 }
