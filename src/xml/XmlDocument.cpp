@@ -52,16 +52,30 @@ Node::Node(int nKind, std::string strName)
     : m_strName(std::move(strName)), m_pParent(nullptr), m_nKind(nKind) {}
 
 Node::~Node() {
-    // Trees may be arbitrarily deep: detach every descendant onto a work list and free them one by
-    // one, so no destructor runs inside another.
-    std::vector<Node*> pending;
-    pending.swap(m_vecChildren);
-    while (!pending.empty()) {
-        Node* node = pending.back();
-        pending.pop_back();
-        pending.insert(pending.end(), node->m_vecChildren.begin(), node->m_vecChildren.end());
+    // Trees may be arbitrarily deep, so descendants are freed from a work list, not by nested
+    // destructors. Children go before their parent and later siblings before earlier ones: the
+    // reverse of the order a load allocates them, which lets the allocator merge the memory back
+    // cheaply.
+    struct Entry {
+        Node* node;
+        bool expanded;
+    };
+    std::vector<Entry> stack;
+    for (Node* child : m_vecChildren) {
+        stack.push_back({child, false});
+    }
+    while (!stack.empty()) {
+        Node* node = stack.back().node;
+        if (stack.back().expanded) {
+            stack.pop_back();
+            delete node;  // its children are gone already
+            continue;
+        }
+        stack.back().expanded = true;
+        for (Node* child : node->m_vecChildren) {
+            stack.push_back({child, false});
+        }
         node->m_vecChildren.clear();
-        delete node;
     }
 }
 
@@ -364,6 +378,30 @@ size_t FindEither(const char* p, size_t from, size_t end, char a, char b) {
     return end;
 }
 
+// The first `target` in [from, end) of `p` outside double quotes, or `end`; `inQuote` is the quote
+// state at `from` on entry and at the result on return. Each byte is looked at a bounded number of
+// times, however the quotes fall.
+size_t FindOutsideQuotes(const char* p, size_t from, size_t end, char target, bool& inQuote) {
+    auto find = [p, end](size_t at, char c) {
+        const void* hit = std::memchr(p + at, c, end - at);
+        return hit != nullptr ? static_cast<size_t>(static_cast<const char*>(hit) - p) : end;
+    };
+    size_t next = find(from, target);  // the first target at or after `from`
+    for (;;) {
+        const void* quote = std::memchr(p + from, '"', next - from);
+        if (quote != nullptr) {
+            inQuote = !inQuote;
+            from = static_cast<size_t>(static_cast<const char*>(quote) - p) + 1;
+            continue;
+        }
+        if (next == end || !inQuote) {
+            return next;
+        }
+        from = next + 1;
+        next = find(from, target);
+    }
+}
+
 }  // namespace
 
 bool Loader::AddLine(std::string& line) {
@@ -382,17 +420,7 @@ bool Loader::AddLine(std::string& line) {
     const size_t end = m_pending.size();
     for (;;) {
         if (m_scan == Scan::kOpen) {
-            size_t at = m_at;
-            for (;;) {
-                at = FindEither(p, at, end, '<', '"');
-                if (at == end || (p[at] == '<' && !m_inQuote)) {
-                    break;
-                }
-                if (p[at] == '"') {
-                    m_inQuote = !m_inQuote;
-                }
-                ++at;
-            }
+            const size_t at = FindOutsideQuotes(p, m_at, end, '<', m_inQuote);
             if (at == end) {
                 m_at = end;
                 break;
@@ -422,17 +450,7 @@ bool Loader::AddLine(std::string& line) {
             }
             tagEnd = found + 2;
         } else {
-            size_t at = m_at;
-            for (;;) {
-                at = FindEither(p, at, end, '>', '"');
-                if (at == end || (p[at] == '>' && !m_inQuote)) {
-                    break;
-                }
-                if (p[at] == '"') {
-                    m_inQuote = !m_inQuote;
-                }
-                ++at;
-            }
+            const size_t at = FindOutsideQuotes(p, m_at, end, '>', m_inQuote);
             if (at == end) {
                 m_at = end;
                 break;
@@ -478,7 +496,7 @@ bool Loader::Handle(size_t tagEnd) {
             return Fail(Document::kErrorContent);
         }
         if (m_pOpen != nullptr) {
-            m_pOpen->SetText(m_decoded);
+            m_pOpen->m_strText.swap(m_decoded);  // the old text's buffer serves the next run
         }
     }
     return HandleTag(Trim(std::string_view(p + m_lt + 1, tagEnd - m_lt - 1)));
@@ -534,26 +552,35 @@ bool Loader::HandleTag(std::string_view tag) {
 }
 
 bool Loader::ReadAttributes(std::string_view text, std::vector<Node::Attribute>& attributes) {
+    // Every attribute has its '=': counting them bounds the vector's size in one allocation.
+    size_t equals = 0;
+    for (const char c : text) {
+        equals += c == '=' ? 1 : 0;
+    }
+    attributes.reserve(equals);
     while (!Trim(text).empty()) {
-        const size_t equals = text.find('=');
-        if (equals == std::string_view::npos) {
+        const size_t at = text.find('=');
+        if (at == std::string_view::npos) {
             return Fail(Document::kErrorAttribute);
         }
-        const size_t open = FindEither(text.data(), equals + 1, text.size(), '"', '\'');
+        const size_t open = FindEither(text.data(), at + 1, text.size(), '"', '\'');
         const size_t close = open < text.size()
                                  ? FindEither(text.data(), open + 1, text.size(), '"', '\'')
                                  : text.size();
         if (close == text.size()) {
             return Fail(Document::kErrorAttribute);
         }
-        const std::string_view name = Trim(text.substr(0, equals));
-        const std::string_view value = Trim(text.substr(equals + 1, close - equals));
+        const std::string_view name = Trim(text.substr(0, at));
+        const std::string_view value = Trim(text.substr(at + 1, close - at));
         if (name.empty() || name.find_first_of(" \t\"'&") != std::string_view::npos ||
-            value.size() < 2 || !IsQuote(value.front()) || value.front() != value.back() ||
-            !DecodeEntities(value.data() + 1, value.size() - 2, m_decoded)) {
+            value.size() < 2 || !IsQuote(value.front()) || value.front() != value.back()) {
             return Fail(Document::kErrorAttribute);
         }
-        attributes.emplace_back(std::string(name), m_decoded);
+        attributes.emplace_back(std::string(name), std::string());
+        if (!DecodeEntities(value.data() + 1, value.size() - 2, attributes.back().second)) {
+            attributes.pop_back();
+            return Fail(Document::kErrorAttribute);
+        }
         text.remove_prefix(close + 1);
     }
     return true;

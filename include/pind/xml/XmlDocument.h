@@ -68,6 +68,8 @@ public:
     int GetKind() const { return m_nKind; }
 
 private:
+    friend class Loader;
+
     // Fields in the order the client's data model gives.
     std::string m_strName;
     std::string m_strText;
