@@ -637,6 +637,11 @@ bool Document::Load(const std::string& strFileName) {
             return false;
         }
     }
+    if (file.bad()) {
+        // Opened but unreadable (a folder, say): the file could not really be opened.
+        m_nError = kErrorOpen;
+        return false;
+    }
     if (loader.HasOpenElement()) {
         m_nError = kErrorNotClosed;
         return false;

@@ -137,6 +137,8 @@ TEST_F(XmlTest, ErrorTextsAndLocation) {
     EXPECT_EQ(doc.GetErrorLocation(),
               "'Failed to open XML file' ,  file='missing.xml' ,  line=0 ,  col=0");
     EXPECT_NE(doc.GetDeclaration(), nullptr);  // untouched by a failed open
+    EXPECT_FALSE(doc.Load("."));               // a folder opens on some systems, never reads
+    EXPECT_EQ(doc.GetErrorCode(), Document::kErrorOpen);
 
     EXPECT_FALSE(Load(doc, "<a>\n  <b></c>"));
     EXPECT_EQ(doc.GetErrorLocation(),
@@ -214,8 +216,8 @@ TEST_F(XmlTest, SaveWritesExactBytes) {
 
 TEST_F(XmlTest, LoadSaveLoadRoundTrips) {
     const char* const kCorpus[] = {
-        "<?xml version=\"1.0\"?>\n<config>\n  <window w=\"800\" h=\"600\" title=\"A &amp; B\"/>\n"
-        "  <font>Song &lt;GBK&gt; \xcb\xce\xcc\xe5</font>\n  <empty></empty>\n</config>\n",
+        ("<?xml version=\"1.0\"?>\n<config>\n  <window w=\"800\" h=\"600\" title=\"A &amp; B\"/>\n"
+         "  <font>Song &lt;GBK&gt; \xcb\xce\xcc\xe5</font>\n  <empty></empty>\n</config>\n"),
         "<?xml version=\"1.0\"?><r><a><b><c q=\"&apos;&quot;\">deep</c></b></a><z/></r>",
         "<?xml v=\"1\"?>\n<list>\n<i n=\"1\">one</i>\n<i n=\"2\">  two  </i>\n<i/>\n</list>",
         "<?xml version=\"1.0\"?>",
