@@ -107,8 +107,9 @@ public:
     /// Reads `strFileName` from the host's primary folder (client slot 5), else its secondary one
     /// (slot 6), as folder + "/" + name. False when neither opens (error 0; the document is then
     /// untouched), when reading fails (error 0, a folder say), or at the first fault; the document
-    /// keeps what was read up to the fault. A file without a declaration loads (Save then refuses
-    /// it); an unfinished tag at the end is dropped.
+    /// keeps what was read up to the fault. Lines are joined without a separator, so tags and text
+    /// may span them. A file without a declaration loads (Save then refuses it); an unfinished tag
+    /// at the end is dropped; character data outside the root is dropped once it decodes.
     bool Load(const std::string& strFileName);
     /// Writes the BOM, the declaration and the root to `strFileName` as given. False when the file
     /// cannot be created or fully written (error 1) or without a declaration (error 4, the file is
@@ -143,6 +144,7 @@ public:
 private:
     friend class Loader;
 
+    // Fields in the order the client's data model gives.
     Node* m_pRoot;
     Node* m_pDeclaration;
     int m_nError;
