@@ -16,7 +16,7 @@
 
 namespace {
 
-// About 330 bytes per item; the count of items is what each parser's result is checked against.
+// About 240 bytes per item; the count of items is what each parser's result is checked against.
 std::string Document(size_t bytes, int* items) {
     std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<items>\n";
     char buffer[512];
@@ -46,11 +46,25 @@ struct Sample {
     int items = 0;
 };
 
+// The generated files, removed when the program ends.
+struct Samples {
+    Sample bySize[3][2];
+    ~Samples() {
+        for (auto& layouts : bySize) {
+            for (const Sample& s : layouts) {
+                if (!s.path.empty()) {
+                    std::remove(s.path.c_str());
+                }
+            }
+        }
+    }
+};
+
 // Writes the document once per (size, layout) into the temp folder.
 const Sample& GetSample(int mib, bool oneLine) {
-    static Sample samples[3][2];
+    static Samples samples;
     const int slot = mib == 1 ? 0 : mib == 4 ? 1 : 2;
-    Sample& s = samples[slot][oneLine ? 1 : 0];
+    Sample& s = samples.bySize[slot][oneLine ? 1 : 0];
     if (s.size == 0) {
         std::string text = Document(static_cast<size_t>(mib) << 20, &s.items);
         if (oneLine) {
