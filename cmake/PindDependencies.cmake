@@ -58,12 +58,45 @@ else()
     set_property(TARGET pind::tinyxml PROPERTY INTERFACE_LINK_LIBRARIES PkgConfig::TINYXML)
 endif()
 
+# A Windows DLL carries TinyXML inside; every other build hands it on to the clients' link.
+if(WIN32 AND PIND_BUILD_SHARED)
+    set(PIND_CARRIES_TINYXML ON)
+    set(PIND_PC_REQUIRES "")
+else()
+    set(PIND_CARRIES_TINYXML OFF)
+    set(PIND_PC_REQUIRES "tinyxml")
+endif()
+
 function(pind_link_dependencies target)
     # {fmt} stays private: no public header includes it.
     target_link_libraries(${target}
         PUBLIC Threads::Threads
-        PRIVATE fmt::fmt ZLIB::ZLIB pind::minizip pind::tinyxml)
+        PRIVATE fmt::fmt ZLIB::ZLIB pind::minizip)
+    get_target_property(type ${target} TYPE)
+    if(WIN32 AND type STREQUAL "SHARED_LIBRARY")
+        pind_export_tinyxml(${target})
+    else()
+        # TinyXML's DOM is part of the library's interface (pind/xml/TinyXml.h): clients link it.
+        target_link_libraries(${target} PUBLIC pind::tinyxml)
+    endif()
     if(WIN32)
         target_link_libraries(${target} PRIVATE winmm user32)
     endif()
+endfunction()
+
+# The DLL carries the whole static TinyXML and exports its classes through a module-definition
+# file listed from the archive, since TinyXML's header marks nothing for export. Clients then get
+# the DOM from PindBase.dll alone; the header is installed beside the library's own.
+function(pind_export_tinyxml target)
+    set(def ${CMAKE_CURRENT_BINARY_DIR}/PindBaseTinyXml.def)
+    add_custom_command(OUTPUT ${def}
+        COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DARCHIVE=${PIND_tinyxml_LIBRARY} -DOUTPUT=${def}
+                -P ${PROJECT_SOURCE_DIR}/cmake/PindDefFromArchive.cmake
+        DEPENDS ${PIND_tinyxml_LIBRARY} ${PROJECT_SOURCE_DIR}/cmake/PindDefFromArchive.cmake
+        COMMENT "Listing TinyXML's symbols for export")
+    target_sources(${target} PRIVATE ${def})
+    target_link_libraries(${target} PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,pind::tinyxml>")
+    target_include_directories(${target} SYSTEM PUBLIC
+                               $<BUILD_INTERFACE:${PIND_tinyxml_INCLUDE_DIR}>)
+    install(FILES ${PIND_tinyxml_INCLUDE_DIR}/tinyxml.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()

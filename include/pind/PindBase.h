@@ -48,5 +48,7 @@
 #include "pind/strings/SafeString.h"
 #include "pind/time/PindTime.h"
 #include "pind/time/TimeText.h"
+#include "pind/xml/TinyXml.h"
+#include "pind/xml/XmlDocument.h"
 
 #endif  // PIND_PINDBASE_H_

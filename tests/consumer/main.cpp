@@ -1,6 +1,7 @@
 // Links against the installed library and calls through its public headers.
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "pind/PindBase.h"
 
@@ -12,6 +13,27 @@ int main() {
     }
     if (GetClient()->OpenFile("x", "r", true) != nullptr || PostClientMessage(7, 0) != 7) {
         std::fprintf(stderr, "consumer: default client misbehaves\n");
+        return 1;
+    }
+    // TinyXML's DOM comes with the library: its header through PindBase.h, its code through the
+    // library's link (or, on Windows, the DLL's exports).
+    TiXmlDocument doc;
+    doc.LinkEndChild(new TiXmlDeclaration("1.0", "UTF-8", ""));
+    TiXmlElement* root = new TiXmlElement("client");
+    root->SetAttribute("name", "consumer");
+    root->LinkEndChild(new TiXmlText("ok"));
+    doc.LinkEndChild(root);
+    TiXmlPrinter printer;
+    printer.SetIndent("");
+    printer.SetLineBreak("");
+    doc.Accept(&printer);
+    TiXmlDocument parsed;
+    parsed.Parse(printer.CStr());
+    const TiXmlElement* back = parsed.RootElement();
+    if (parsed.Error() || back == nullptr || std::string(back->GetText()) != "ok" ||
+        std::string(printer.Str()).find("<client name=\"consumer\">ok</client>") ==
+            std::string::npos) {
+        std::fprintf(stderr, "consumer: TinyXML document gave %s\n", printer.CStr());
         return 1;
     }
     std::printf("consumer: PindBase %s works\n", pind::Version());

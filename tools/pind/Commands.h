@@ -30,6 +30,7 @@ void DemoServerText(const DemoContext& ctx);
 void DemoProfile(const DemoContext& ctx);
 void DemoCurves(const DemoContext& ctx);
 void DemoFormat(const DemoContext& ctx);
+void DemoXml(const DemoContext& ctx);
 
 // Subcommands: argv[0] is the subcommand's name; return the process exit status.
 int RunDemo(int argc, char** argv);
@@ -44,6 +45,7 @@ int RunText(int argc, char** argv);
 int RunProfile(int argc, char** argv);
 int RunCurve(int argc, char** argv);
 int RunPrintf(int argc, char** argv);
+int RunXml(int argc, char** argv);
 
 }  // namespace pind::tool
 

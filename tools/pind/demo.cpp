@@ -29,6 +29,7 @@ const DemoStep kSteps[] = {
     {"profile", DemoProfile},
     {"curves", DemoCurves},
     {"format", DemoFormat},
+    {"xml", DemoXml},
 };
 
 const char kDemoUsage[] =

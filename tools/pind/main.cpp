@@ -26,6 +26,7 @@ const Command kCommands[] = {
     {"profile", "profile a scripted scene: trace, overlay, call graph", pind::tool::RunProfile},
     {"curve", "interpolate or fit points from standard input", pind::tool::RunCurve},
     {"printf", "format typed arguments with the checked formatter", pind::tool::RunPrintf},
+    {"xml", "check an XML file, or rewrite it in the library's layout", pind::tool::RunXml},
 };
 
 void PrintHelp(std::FILE* out) {

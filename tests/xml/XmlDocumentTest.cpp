@@ -1,0 +1,326 @@
+// The XML reader and writer: what loads into which tree, each error with its location, the exact
+// bytes Save writes, round trips, the host folders, and inputs big or deep enough to expose
+// quadratic scans or recursion.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "pind/xml/XmlDocument.h"
+#include "support/RecordingClient.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using xml::Document;
+using xml::Node;
+
+// name[k=v,...]"text"(children) -- compact enough to spell trees in a table.
+std::string Dump(const Node* node) {
+    if (node == nullptr) {
+        return "-";
+    }
+    std::string out = node->GetName();
+    if (!node->GetAttributes().empty()) {
+        out += '[';
+        for (const Node::Attribute& a : node->GetAttributes()) {
+            out += (out.back() == '[' ? "" : ",") + a.first + "=" + a.second;
+        }
+        out += ']';
+    }
+    if (!node->GetText().empty()) {
+        out += "\"" + node->GetText() + "\"";
+    }
+    if (!node->GetChildren().empty()) {
+        out += '(';
+        for (const Node* child : node->GetChildren()) {
+            out += (out.back() == '(' ? "" : ",") + Dump(child);
+        }
+        out += ')';
+    }
+    return out;
+}
+
+class XmlTest : public ::testing::Test {
+protected:
+    XmlTest() { m_client.primaryFolder = m_dir.Path(); }
+    bool Load(Document& doc, const std::string& text) {
+        m_dir.Write("a.xml", text);
+        return doc.Load("a.xml");
+    }
+    pind::test::TempDir m_dir;
+    pind::test::RecordingClient m_client;
+};
+
+struct LoadCase {
+    const char* name;
+    const char* text;
+    int error;  // kErrorNone for a load that succeeds
+    int line;
+    int column;
+    const char* tree;  // Dump of the root (after a successful load or up to the fault)
+};
+
+void PrintTo(const LoadCase& c, std::ostream* os) { *os << c.name; }
+
+class XmlLoad : public XmlTest, public ::testing::WithParamInterface<LoadCase> {};
+
+TEST_P(XmlLoad, BuildsTreeOrReportsFirstFault) {
+    const LoadCase& c = GetParam();
+    Document doc;
+    EXPECT_EQ(Load(doc, c.text), c.error == Document::kErrorNone);
+    EXPECT_EQ(doc.GetErrorCode(), c.error);
+    EXPECT_EQ(doc.GetLine(), c.line);
+    EXPECT_EQ(doc.GetColumn(), c.column);
+    EXPECT_EQ(Dump(doc.GetRoot()), c.tree);
+}
+
+const int kOk = Document::kErrorNone;
+INSTANTIATE_TEST_SUITE_P(
+    Edges, XmlLoad,
+    ::testing::Values(
+        LoadCase{"OneLine", "<a><b/></a>", kOk, 1, 11, "a(b)"},
+        LoadCase{"SplitTagJoined", "<a\n  k=\"1\"/>", kOk, 2, 9, "a[k=1]"},
+        LoadCase{"CrLfAndEmptyLines", "\r\n<a>\r\n\n<b/>\r\n</a>\r\n", kOk, 3, 4, "a(b)"},
+        LoadCase{"LastTextRunKept", "<a>one<b/>two</a>", kOk, 1, 17, "a\"two\"(b)"},
+        LoadCase{"BlankRunIgnored", "<a>one<b/> \t </a>", kOk, 1, 17, "a\"one\"(b)"},
+        LoadCase{"LinesJoinedInText", "<a>\n  x\n</a>", kOk, 3, 4, "a\"  x\""},
+        LoadCase{"Entities", "<a k=\"&lt;&amp;&gt;&apos;&quot;\">&amp;x</a>", kOk, 1, 43,
+                 "a[k=<&>'\"]\"&x\""},
+        LoadCase{"QuotedGtInValue", "<a k=\"x>y\" j='v'/>", kOk, 1, 18, "a[k=x>y,j=v]"},
+        LoadCase{"ValueTrimmedNoSpaceNeeded", "<a k= \" v \" j=\"2\"m=\"3\" />", kOk, 1, 25,
+                 "a[k= v ,j=2,m=3]"},
+        LoadCase{"QuoteInTextHidesLt", "<a>say \"hi</a>\n\"</a>", kOk, 2, 5, "a\"say \"hi</a>\"\""},
+        LoadCase{"CommentsAndMarkupIgnored",
+                 "<!DOCTYPE a>\n<a><!-- <b> \"x --><c/><!-\n- y\n-->\n</a>", kOk, 5, 4, "a(c)"},
+        LoadCase{"TextOutsideRootDropped", "x<a/>y", kOk, 1, 5, "a"},
+        LoadCase{"TagTrimmed", "< a >\t</a >", kOk, 1, 11, "a"},
+        LoadCase{"UnfinishedTagAtEndDropped", "<a/><b", kOk, 1, 4, "a"},
+        LoadCase{"NotClosed", "<a>\n<b>\n</b>", Document::kErrorNotClosed, 3, 4, "a(b)"},
+        LoadCase{"ClosedNotOpened", "</a>", Document::kErrorNotOpened, 1, 4, "-"},
+        LoadCase{"Inconsistent", "<a>\n  <b></c>", Document::kErrorInconsistent, 2, 9, "a(b)"},
+        LoadCase{"ClosedAfterRoot", "<a></a></a>", Document::kErrorInconsistent, 1, 11, "a"},
+        LoadCase{"TwoDeclarations", "<?xml a=\"1\"?><?xml?>", Document::kErrorTwoDeclarations, 1,
+                 20, "-"},
+        LoadCase{"TwoRoots", "<a/>\n<b/>", Document::kErrorTwoRoots, 2, 4, "a"},
+        LoadCase{"ApostropheEndsValue", "<a k=\"a'b\"/>", Document::kErrorAttribute, 1, 12, "a"},
+        LoadCase{"NoEquals", "<a k/>", Document::kErrorAttribute, 1, 6, "a"},
+        LoadCase{"NoQuote", "<a k=1/>", Document::kErrorAttribute, 1, 8, "a"},
+        LoadCase{"EmptyName", "<a =\"1\"/>", Document::kErrorAttribute, 1, 9, "a"},
+        LoadCase{"SpaceInName", "<a b c=\"1\"/>", Document::kErrorAttribute, 1, 12, "a"},
+        LoadCase{"BadEntityInValue", "<a k=\"&#65;\"/>", Document::kErrorAttribute, 1, 14, "a"},
+        LoadCase{"UnknownEntityInText", "<a>x &copy; y</a>", Document::kErrorContent, 1, 17, "a"},
+        LoadCase{"AmpersandWithoutSemicolon", "<a>\nx & y<b/>", Document::kErrorContent, 2, 9, "a"},
+        LoadCase{"BadEntityBeforeRoot", "&x;<a/>", Document::kErrorContent, 1, 7, "-"}),
+    [](const ::testing::TestParamInfo<LoadCase>& c) { return std::string(c.param.name); });
+
+TEST_F(XmlTest, DeclarationIsReadAndRequiredBySave) {
+    Document doc;
+    ASSERT_TRUE(Load(doc, "<?xml version=\"1.1\" encoding='GBK' ?>\n<a/>"));
+    ASSERT_NE(doc.GetDeclaration(), nullptr);
+    EXPECT_EQ(Dump(doc.GetDeclaration()), "xml[version=1.1,encoding=GBK]");
+    EXPECT_EQ(doc.GetDeclaration()->GetKind(), Node::kDeclaration);
+
+    ASSERT_TRUE(Load(doc, "<a/>"));
+    EXPECT_EQ(doc.GetDeclaration(), nullptr);
+    EXPECT_FALSE(doc.Save(m_dir.File("out.xml")));
+    EXPECT_EQ(doc.GetErrorText(), "XML file without declaration");
+    EXPECT_EQ(m_dir.Read("out.xml"), "");  // created, then refused
+}
+
+TEST_F(XmlTest, ErrorTextsAndLocation) {
+    Document doc;
+    EXPECT_EQ(doc.GetErrorText(), "");
+    EXPECT_FALSE(doc.Load("missing.xml"));
+    EXPECT_EQ(doc.GetErrorLocation(),
+              "'Failed to open XML file' ,  file='missing.xml' ,  line=0 ,  col=0");
+    EXPECT_NE(doc.GetDeclaration(), nullptr);  // untouched by a failed open
+    EXPECT_FALSE(doc.Load("."));               // a folder opens on some systems, never reads
+    EXPECT_EQ(doc.GetErrorCode(), Document::kErrorOpen);
+
+    EXPECT_FALSE(Load(doc, "<a>\n  <b></c>"));
+    EXPECT_EQ(doc.GetErrorLocation(),
+              "'XML file contain inconsistent elements' ,  file='a.xml' ,  line=2 ,  col=9");
+    EXPECT_FALSE(doc.Save(m_dir.File("no/such/folder.xml")));
+    EXPECT_EQ(doc.GetErrorLocation(), "'Failed to ceate XML file' ,  file='" +
+                                          m_dir.File("no/such/folder.xml") +
+                                          "' ,  line=2 ,  col=9");
+
+    const char* const kTexts[] = {"XML file contain incorrect content",
+                                  "XML file contain not closed elements",
+                                  "XML file without declaration",
+                                  "XML file contain closed but not opened element",
+                                  "XML file contain inconsistent elements",
+                                  "XML file contain more than one declaration",
+                                  "XML file contain more than one root element",
+                                  "XML file contain incorrect attribute"};
+    const char* const kInputs[] = {"<a>&x;</a>", "<a>",        nullptr,    "</a>",
+                                   "<a></b>",    "<?x?><?x?>", "<a/><b/>", "<a k/>"};
+    for (int i = 0; i < 8; ++i) {
+        if (kInputs[i] != nullptr) {
+            EXPECT_FALSE(Load(doc, kInputs[i]));
+            EXPECT_EQ(doc.GetErrorCode(), i + 2);
+            EXPECT_EQ(doc.GetErrorText(), kTexts[i]) << kInputs[i];
+        }
+    }
+}
+
+TEST_F(XmlTest, HostFoldersPrimaryThenSecondaryNullAsEmpty) {
+    Document doc;
+    m_client.primaryFolder = m_dir.File("nothing-here");
+    m_client.secondaryFolder = m_dir.Path();
+    EXPECT_TRUE(Load(doc, "<s/>"));
+    EXPECT_EQ(doc.GetRoot()->GetName(), "s");
+
+    // A null folder counts as empty: "/" + name is tried (and misses) before the second folder.
+    struct NullPrimary : IPindClientNone {
+        std::string secondary;
+        const char* GetPrimaryFolder() override { return nullptr; }
+        const char* GetSecondaryFolder() override { return secondary.c_str(); }
+    } nullPrimary;
+    nullPrimary.secondary = m_dir.Path();
+    SetClient(&nullPrimary);
+    m_dir.Write("n.xml", "<n/>");
+    EXPECT_TRUE(doc.Load("n.xml"));
+    EXPECT_EQ(doc.GetRoot()->GetName(), "n");
+    SetClient(&m_client);
+}
+
+TEST_F(XmlTest, SaveWritesExactBytes) {
+    Document doc;
+    ASSERT_TRUE(Load(doc,
+                     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                     "<a k=\"&lt;\"><b>t&amp;'</b><c><d/></c><e x=\"1\" y=\"&quot;\"/>mixed</a>"));
+    doc.GetRoot()->AddChild(new Node(Node::kComment, " note "));
+    ASSERT_TRUE(doc.Save(m_dir.File("out.xml")));
+    EXPECT_EQ(m_dir.Read("out.xml"),
+              "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<a k=\"&lt;\">\n"
+              "    mixed\n"
+              "    <b>t&amp;&apos;</b>\n"
+              "    <c>\n"
+              "        <d/>\n"
+              "    </c>\n"
+              "    <e x=\"1\" y=\"&quot;\"/>\n"
+              "    <!-- note -->\n"
+              "</a>\n");
+    EXPECT_EQ(doc.GetErrorCode(), Document::kErrorNone);
+    EXPECT_EQ(doc.GetFileName(), m_dir.File("out.xml"));
+
+    Document empty;
+    ASSERT_TRUE(empty.Save(m_dir.File("empty.xml")));
+    EXPECT_EQ(m_dir.Read("empty.xml"), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+}
+
+TEST_F(XmlTest, LoadSaveLoadRoundTrips) {
+    const char* const kCorpus[] = {
+        ("<?xml version=\"1.0\"?>\n<config>\n  <window w=\"800\" h=\"600\" title=\"A &amp; B\"/>\n"
+         "  <font>Song &lt;GBK&gt; \xcb\xce\xcc\xe5</font>\n  <empty></empty>\n</config>\n"),
+        "<?xml version=\"1.0\"?><r><a><b><c q=\"&apos;&quot;\">deep</c></b></a><z/></r>",
+        "<?xml v=\"1\"?>\n<list>\n<i n=\"1\">one</i>\n<i n=\"2\">  two  </i>\n<i/>\n</list>",
+        "<?xml version=\"1.0\"?>",
+    };
+    for (const char* text : kCorpus) {
+        Document first;
+        ASSERT_TRUE(Load(first, text)) << text;
+        ASSERT_TRUE(first.Save(m_dir.File("1.xml")));
+        Document second;
+        ASSERT_TRUE(second.Load("1.xml")) << m_dir.Read("1.xml");
+        EXPECT_EQ(Dump(second.GetRoot()), Dump(first.GetRoot())) << text;
+        EXPECT_EQ(Dump(second.GetDeclaration()), Dump(first.GetDeclaration()));
+        ASSERT_TRUE(second.Save(m_dir.File("2.xml")));
+        EXPECT_EQ(m_dir.Read("2.xml"), m_dir.Read("1.xml"));
+    }
+}
+
+TEST_F(XmlTest, HugeLinesAndSplitTagsLoadInLinearTime) {
+    // A quadratic rescan of the pending buffer would take minutes on either input.
+    std::string line = "<r>";
+    for (int i = 0; line.size() < (4u << 20); ++i) {
+        line += "<i k=\"" + std::to_string(i) + "\">t&amp;</i>";
+    }
+    line += "</r>";
+    Document doc;
+    ASSERT_TRUE(Load(doc, line));
+    EXPECT_EQ(doc.GetRoot()->GetChildren().back()->GetText(), "t&");
+    EXPECT_EQ(doc.GetColumn(), static_cast<int>(line.size()));
+
+    std::string split = "<r";
+    for (int i = 0; i < 100000; ++i) {
+        split += "\n a" + std::to_string(i) + "=\"x\"";
+    }
+    split += "\n/>";
+    ASSERT_GE(split.size(), 1u << 20);
+    ASSERT_TRUE(Load(doc, split));
+    EXPECT_EQ(doc.GetRoot()->GetAttributes().size(), 100000u);
+    EXPECT_EQ(doc.GetLine(), 100002);
+}
+
+TEST_F(XmlTest, DeepNestingLoadsSavesAndFreesWithoutRecursion) {
+    // Saved text indents each of the 2 * depth lines by four spaces per level, so the save runs at
+    // a depth whose output stays small; load and destruction run at full depth.
+    for (const int depth : {100000, 1500}) {
+        std::string text = "<?xml version=\"1.0\"?>\n";
+        for (int i = 0; i < depth; ++i) {
+            text += "<d>";
+        }
+        for (int i = 0; i < depth; ++i) {
+            text += "</d>";
+        }
+        auto doc = std::make_unique<Document>();
+        ASSERT_TRUE(Load(*doc, text));
+        if (depth < 100000) {
+            ASSERT_TRUE(doc->Save(m_dir.File("deep.xml")));
+            Document again;
+            ASSERT_TRUE(again.Load("deep.xml"));
+            const Node* node = again.GetRoot();
+            int levels = 0;
+            for (; node != nullptr; ++levels) {
+                node = node->GetChildren().empty() ? nullptr : node->GetChildren()[0];
+            }
+            EXPECT_EQ(levels, depth);
+        }
+        doc.reset();
+    }
+}
+
+TEST(XmlDataStream, ReadsLinesAndCountedBytes) {
+    std::istringstream in("ab\ncd\nrest");
+    xml::DataStream stream(&in);
+    std::string line;
+    EXPECT_FALSE(stream.IsEnd());
+    EXPECT_TRUE(stream.ReadLine(line, '\n'));
+    EXPECT_EQ(line, "ab");
+    EXPECT_EQ(stream.Available(100), 7u);
+    EXPECT_EQ(stream.Available(3), 3u);
+    char buffer[16] = {};
+    EXPECT_EQ(stream.Read(buffer, 2), 2u);
+    EXPECT_EQ(std::string(buffer), "cd");
+    EXPECT_TRUE(stream.ReadLine(line, '\n'));
+    EXPECT_EQ(line, "");
+    EXPECT_EQ(stream.Read(buffer, 16), 4u);
+    EXPECT_TRUE(stream.IsEnd());
+    EXPECT_FALSE(stream.ReadLine(line, '\n'));
+
+    xml::DataStream none;
+    EXPECT_TRUE(none.IsEnd());
+    EXPECT_EQ(none.Available(5), 0u);
+    EXPECT_EQ(none.Read(buffer, 5), 0u);
+    EXPECT_FALSE(none.ReadLine(line, '\n'));
+}
+
+TEST(XmlEntities, DecodeKnowsExactlyFiveAndEncodeInverts) {
+    std::string out;
+    const std::string all = "&<>'\"x";
+    EXPECT_EQ(xml::EncodeEntities(all), "&amp;&lt;&gt;&apos;&quot;x");
+    ASSERT_TRUE(
+        xml::DecodeEntities(xml::EncodeEntities(all).data(), xml::EncodeEntities(all).size(), out));
+    EXPECT_EQ(out, all);
+    for (const char* bad : {"&", "a&b", "&#65;", "&#x41;", "&AMP;", "&nbsp;", "&amp", "&;"}) {
+        EXPECT_FALSE(xml::DecodeEntities(bad, std::strlen(bad), out)) << bad;
+    }
+}
+
+}  // namespace
