@@ -34,12 +34,12 @@ public:
 
 // Installs a host for one scope.
 template <typename Host>
-class HostScope {
+class ClientScope {
 public:
-    HostScope() { SetClient(&m_host); }
-    ~HostScope() { SetClient(nullptr); }
-    HostScope(const HostScope&) = delete;
-    HostScope& operator=(const HostScope&) = delete;
+    ClientScope() { SetClient(&m_host); }
+    ~ClientScope() { SetClient(nullptr); }
+    ClientScope(const ClientScope&) = delete;
+    ClientScope& operator=(const ClientScope&) = delete;
     Host& Get() { return m_host; }
 
 private:
@@ -54,7 +54,7 @@ int PrintError(const xml::Document& doc) {
 }
 
 int RunCheck(const char* file) {
-    HostScope<CurrentFolderHost> host;
+    ClientScope<CurrentFolderHost> host;
     xml::Document doc;
     if (!doc.Load(file)) {
         return PrintError(doc);
@@ -63,7 +63,7 @@ int RunCheck(const char* file) {
 }
 
 int RunFmt(const char* file, const char* out) {
-    HostScope<CurrentFolderHost> host;
+    ClientScope<CurrentFolderHost> host;
     xml::Document doc;
     // Save writes OUT itself, so that a failed save leaves what it wrote and names OUT in the
     // error location.
@@ -115,7 +115,7 @@ public:
 
 void DemoXml(const DemoContext& ctx) {
     DemoHeading("xml");
-    HostScope<SampleFolderHost> host;
+    ClientScope<SampleFolderHost> host;
     host.Get().folder = ctx.dataDir + "/xml";
     xml::Document doc;
     if (!doc.Load("sample.xml")) {
