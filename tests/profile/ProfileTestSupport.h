@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -22,9 +23,7 @@ namespace pind::test {
 
 // Report files are opened in text mode, which on Windows ends lines with "\r\n".
 inline std::string Lf(std::string text) {
-    for (size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
-        text.erase(at, 1);
-    }
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
     return text;
 }
 
@@ -82,12 +81,7 @@ protected:
     }
 
     static void Enable(int32_t showGraph = 1, int32_t log = 0, int32_t maxFrame = 3000) {
-        ProfileSettings s;
-        s.nProfile = 1;
-        s.nShowGraph = showGraph;
-        s.nLog = log;
-        s.nMaxFrameInterval = maxFrame;
-        ProfileConfigure(s);
+        ProfileConfigure(ProfileSettings{1, 10, maxFrame, showGraph, log});
     }
 
     // One frame: the clock moves `ms` first, then the profiler's frame entry runs.

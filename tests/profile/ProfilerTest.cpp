@@ -23,40 +23,29 @@ void TimedScope(FakeClock& clock, const char* name, int64_t ms) {
     clock.AdvanceMs(ms);
 }
 
-struct SettingsCase {
-    const char* ini;  // null: no file at all
-    bool enabled;
-};
-
-class ProfilerSettings : public ProfilerFixture,
-                         public ::testing::WithParamInterface<SettingsCase> {};
-
-TEST_P(ProfilerSettings, ReadsFrameRateSectionOnce) {
-    const SettingsCase& c = GetParam();
-    if (c.ini != nullptr) {
-        m_dir.Write("ini/GameSetup.ini", c.ini);
+TEST_F(ProfilerFixture, ReadsFrameRateSectionOnce) {
+    const std::pair<const char*, bool> cases[] = {{nullptr, false},  // no file at all
+                                                  {"[FrameRate]\nProfile=0\n", false},
+                                                  {"[FrameRate]\nProfile=1\n", true},
+                                                  {"[framerate]\n  profile = 2\n", true},
+                                                  {"[Other]\nProfile=1\n", false}};
+    int run = 0;
+    for (const auto& [ini, enabled] : cases) {
+        ProfileRestart();
+        if (ini != nullptr) m_dir.Write("ini/GameSetup.ini", ini);
+        for (const char* probe : {"Probe", "Probe2"}) {
+            Frame();
+            TimedScope(m_clock, probe, 2);
+            const std::string report = "out" + std::to_string(++run) + ".log";
+            ProfileWriteReport(report.c_str());
+            const size_t counted = Lf(m_dir.Read(report)).find("[" + std::string(probe) + " ");
+            EXPECT_EQ(counted != std::string::npos, enabled) << (ini ? ini : "(no file)") << probe;
+            // Settings are never read again while the profiler lives.
+            m_dir.Write("ini/GameSetup.ini",
+                        enabled ? "[FrameRate]\nProfile=0\n" : "[FrameRate]\nProfile=1\n");
+        }
     }
-    Frame();
-    TimedScope(m_clock, "Probe", 2);
-    EXPECT_TRUE(ProfileWriteReport("out.log"));
-    const bool counted = Lf(m_dir.Read("out.log")).find("[Probe ") != std::string::npos;
-    EXPECT_EQ(counted, c.enabled) << (c.ini ? c.ini : "(no file)");
-
-    // Settings are never read again while the profiler lives.
-    m_dir.Write("ini/GameSetup.ini",
-                c.enabled ? "[FrameRate]\nProfile=0\n" : "[FrameRate]\nProfile=1\n");
-    Frame();
-    TimedScope(m_clock, "Probe2", 2);
-    ProfileWriteReport("out2.log");
-    EXPECT_EQ(Lf(m_dir.Read("out2.log")).find("[Probe2 ") != std::string::npos, c.enabled);
 }
-
-INSTANTIATE_TEST_SUITE_P(Ini, ProfilerSettings,
-                         ::testing::Values(SettingsCase{nullptr, false},
-                                           SettingsCase{"[FrameRate]\nProfile=0\n", false},
-                                           SettingsCase{"[FrameRate]\nProfile=1\n", true},
-                                           SettingsCase{"[framerate]\n  profile = 2\n", true},
-                                           SettingsCase{"[Other]\nProfile=1\n", false}));
 
 TEST_F(ProfilerFixture, NothingRunsWhenNotAllowedOrSuspended) {
     Enable();
@@ -106,29 +95,27 @@ TEST_F(ProfilerFixture, DrawsRowsWithShadowSkippingTinyAverages) {
     EXPECT_EQ(m_client.texts[0].text, want);
 }
 
-struct MoveCase {
-    std::set<int> keys;
-    int x, y;
-};
-
-class ProfilerMoves : public ProfilerFixture, public ::testing::WithParamInterface<MoveCase> {};
-
-TEST_P(ProfilerMoves, CtrlArrowsMoveTwelvePixelsEveryFrame) {
-    Enable();
-    KeysDown() = GetParam().keys;
-    Frame();
-    Frame();  // no rate limit on moves
-    const ProfileOverlayState s = ProfileGetOverlayState();
-    EXPECT_EQ(s.nX, GetParam().x);
-    EXPECT_EQ(s.nY, GetParam().y);
+TEST_F(ProfilerFixture, CtrlArrowsMoveTwelvePixelsEveryFrame) {
+    const struct {
+        std::set<int> keys;
+        int x, y;
+    } cases[] = {{{kCtrl, kLeft}, -24, 0},
+                 {{kCtrl, kRight}, 24, 0},
+                 {{kCtrl, kUp}, 0, -24},
+                 {{kCtrl, kDown}, 0, 24},
+                 {{kCtrl, kLeft, kRight}, -24, 0},
+                 {{kCtrl, kUp, kDown, kRight}, 24, 0},
+                 {{kLeft}, 0, 0}};
+    for (const auto& c : cases) {
+        ProfileRestart();
+        Enable();
+        KeysDown() = c.keys;
+        Frame();
+        Frame();  // no rate limit on moves
+        const ProfileOverlayState s = ProfileGetOverlayState();
+        EXPECT_EQ(s.nX * 1000 + s.nY, c.x * 1000 + c.y) << c.x << "," << c.y;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Keys, ProfilerMoves,
-    ::testing::Values(MoveCase{{kCtrl, kLeft}, -24, 0}, MoveCase{{kCtrl, kRight}, 24, 0},
-                      MoveCase{{kCtrl, kUp}, 0, -24}, MoveCase{{kCtrl, kDown}, 0, 24},
-                      MoveCase{{kCtrl, kLeft, kRight}, -24, 0},
-                      MoveCase{{kCtrl, kUp, kDown, kRight}, 24, 0}, MoveCase{{kLeft}, 0, 0}));
 
 TEST_F(ProfilerFixture, HotKeysAcceptOneEvery501Ms) {
     Enable(/*showGraph=*/0);
