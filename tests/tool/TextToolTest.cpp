@@ -54,18 +54,16 @@ TEST_F(TextTool, RunsEachFunction) {
 }
 
 TEST_F(TextTool, RejectsBadTablesAndUsage) {
-    const std::string notJson = m_dir.Write("a.json", "{\"1\": \"a\",}");
-    for (const std::string& bad :
-         {std::string(R"(["x"])"), std::string(R"({"01": "a"})"), std::string(R"({"-1": "a"})"),
-          std::string(R"({"4294967296": "a"})"), std::string(R"({"1": 1})"),
-          std::string(R"({"": "a"})")}) {
-        const auto run = RunPind({"text", "--table", m_dir.Write("b.json", bad), "@@1"});
-        EXPECT_EQ(run.status, 1) << bad;
-        EXPECT_EQ(run.out, "") << bad;
-        EXPECT_EQ(run.err.rfind("pind: text: ", 0), 0u) << bad;
+    std::vector<std::string> tables = {m_dir.File("missing.json")};
+    for (const char* bad : {"{\"1\": \"a\",}", R"(["x"])", R"({"01": "a"})", R"({"-1": "a"})",
+                            R"({"4294967296": "a"})", R"({"1": 1})", R"({"": "a"})"}) {
+        tables.push_back(m_dir.Write("bad" + std::to_string(tables.size()) + ".json", bad));
     }
-    for (const std::string& table : {notJson, m_dir.File("missing.json")}) {
-        EXPECT_EQ(RunPind({"text", "--table", table, "@@1"}).status, 1) << table;
+    for (const std::string& table : tables) {
+        const auto run = RunPind({"text", "--table", table, "@@1"});
+        EXPECT_EQ(run.status, 1) << table;
+        EXPECT_EQ(run.out, "") << table;
+        EXPECT_EQ(run.err.rfind("pind: text: ", 0), 0u) << table;
     }
     const auto notParsed = RunPind({"text", "--table", m_table, "--fn", "json", "[1,"});
     EXPECT_EQ(notParsed.status, 1);
