@@ -38,8 +38,8 @@ TEST(JsonParse, NumbersTakeTheirTypeAtThe32And64BitEdges) {
         int64_t ll;  // for integer types
         float f;
     } cases[] = {
-        {"0", JSON_INT, 0, 0},
-        {"-0", JSON_INT, 0, 0},
+        // clang-format off
+        {"0", JSON_INT, 0, 0}, {"-0", JSON_INT, 0, 0},
         {"2147483647", JSON_INT, 2147483647, 2147483648.0f},
         {"-2147483647", JSON_INT, -2147483647, -2147483648.0f},
         {"2147483648", JSON_INT64, 2147483648LL, 2147483648.0f},
@@ -48,25 +48,18 @@ TEST(JsonParse, NumbersTakeTheirTypeAtThe32And64BitEdges) {
         {"-9223372036854775808", JSON_INT64, std::numeric_limits<int64_t>::min(), -9.223372e18f},
         {"9223372036854775808", JSON_REAL, 0, 9.223372e18f},
         {"18446744073709551616", JSON_REAL, 0, 1.8446744e19f},
-        {"1.5", JSON_REAL, 0, 1.5f},
-        {"1E+2", JSON_REAL, 0, 100.0f},
-        {"-2.5e-3", JSON_REAL, 0, -0.0025f},
-        {"0.1", JSON_REAL, 0, 0.1f},
-        {"1e999", JSON_REAL, 0, inf},
-        {"-1e999", JSON_REAL, 0, -inf},
-        {"1e-999", JSON_REAL, 0, 0.0f},
-        {"1e-45", JSON_REAL, 0, 1e-45f}};
+        {"1.5", JSON_REAL, 0, 1.5f}, {"1E+2", JSON_REAL, 0, 100.0f},
+        {"-2.5e-3", JSON_REAL, 0, -0.0025f}, {"0.1", JSON_REAL, 0, 0.1f},
+        {"1e999", JSON_REAL, 0, inf}, {"-1e999", JSON_REAL, 0, -inf},
+        {"1e-999", JSON_REAL, 0, 0.0f}, {"1e-45", JSON_REAL, 0, 1e-45f}};
+    // clang-format on
     for (const auto& c : cases) {
         Tree t = Parse(c.text);
         ASSERT_NE(t, nullptr) << c.text;
         EXPECT_EQ(t->nType, c.type) << c.text;
         EXPECT_EQ(t->fValue, c.f) << c.text;
-        if (c.type != JSON_REAL) {
-            EXPECT_EQ(t->llValue, c.ll) << c.text;
-        }
-        if (c.type == JSON_INT) {
-            EXPECT_EQ(t->nValue, c.ll) << c.text;
-        }
+        EXPECT_EQ(c.type != JSON_REAL ? t->llValue : 0, c.ll) << c.text;
+        EXPECT_EQ(c.type == JSON_INT ? t->nValue : c.ll, c.ll) << c.text;
     }
 }
 
@@ -91,14 +84,13 @@ TEST(JsonParse, RejectsAnythingButStrictJsonWithTheOffset) {
 }
 
 TEST(JsonParse, UnescapesToUtf8AndKeepsHighBytes) {
+    // clang-format off
     const std::pair<const char*, std::string> cases[] = {
-        {R"("\"\\\/\b\f\n\r\t")", "\"\\/\b\f\n\r\t"},
-        {R"("\u0041\u00e9\u4E2D")", "A\xc3\xa9\xe4\xb8\xad"},
-        {R"("\ud83d\ude00!")", "\xf0\x9f\x98\x80!"},
-        {R"("\uDBFF\uDFFF")", "\xf4\x8f\xbf\xbf"},
-        {"\"\xc4\xe3\xba\xc3\x7f\"", "\xc4\xe3\xba\xc3\x7f"},  // GBK "ni hao" as it is
-        {R"("a\u0000b")", "a"},
-        {R"("")", ""}};
+        {R"("\"\\\/\b\f\n\r\t")", "\"\\/\b\f\n\r\t"}, {R"("")", ""},
+        {R"("\u0041\u00e9\u4E2D")", "A\xc3\xa9\xe4\xb8\xad"}, {R"("a\u0000b")", "a"},
+        {R"("\ud83d\ude00!")", "\xf0\x9f\x98\x80!"}, {R"("\uDBFF\uDFFF")", "\xf4\x8f\xbf\xbf"},
+        {"\"\xc4\xe3\xba\xc3\x7f\"", "\xc4\xe3\xba\xc3\x7f"}};  // GBK "ni hao" as it is
+    // clang-format on
     for (const auto& [text, want] : cases) {
         Tree t = Parse(text);
         ASSERT_NE(t, nullptr) << text;
@@ -171,17 +163,12 @@ TEST(JsonPrint, WritesCompactAndPrettyText) {
 }
 
 TEST(JsonPrint, WritesTheShortestRealThatReadsBack) {
+    // clang-format off
     const std::pair<const char*, const char*> cases[] = {
-        {"0.1", "0.1"},
-        {"2.0", "2.0"},
-        {"-0.0", "-0.0"},
-        {"1e20", "1e+20"},
-        {"1e999", "1e999"},
-        {"-1e999", "-1e999"},
-        {"0.30000001", "0.3"},
-        {"1e-45", "1e-45"},
-        {"3.4028235e38", "3.4028235e+38"},
-        {"123456789012345678901234567890", "1.2345679e+29"}};
+        {"0.1", "0.1"}, {"2.0", "2.0"}, {"-0.0", "-0.0"}, {"1e20", "1e+20"}, {"1e999", "1e999"},
+        {"-1e999", "-1e999"}, {"0.30000001", "0.3"}, {"1e-45", "1e-45"},
+        {"3.4028235e38", "3.4028235e+38"}, {"123456789012345678901234567890", "1.2345679e+29"}};
+    // clang-format on
     for (const auto& [text, want] : cases) {
         Tree t = Parse(text);
         ASSERT_NE(t, nullptr) << text;

@@ -36,59 +36,43 @@ protected:
     pind::test::EngineLogCapture m_log;
 };
 
-struct ConvertCase {
-    const char* source;
-    std::string want;
-    Lines log;
-};
-
 TEST_F(ServerString, ConvertsEveryForm) {
-    const std::string longArg(3000, 'a');
-    const ConvertCase cases[] = {
+    const struct ConvertCase {
+        const char* source;
+        std::string want;
+        Lines log = {};
+    } cases[] = {// clang-format off
         // Bare references and what follows them.
-        {"@@2", "Hello", {}},
-        {"@@2 (x2)", "Hello (x2)", {}},
-        {"@@0002 x", "Hello", {}},  // "@@2" is not in the text: nothing appended
-        {"@@999", "", {}},
-        {"@@4294967295!", "max!", {}},
-        {"@@abc", "", {}},
+        {"@@2", "Hello"}, {"@@2 (x2)", "Hello (x2)"}, {"@@999", ""}, {"@@abc", ""},
+        {"@@0002 x", "Hello"},  // "@@2" is not in the text: nothing appended
+        {"@@4294967295!", "max!"},
         // Placeholder mode.
         {R"(["@@1"])", "", {"Error FmtStr:@@1, OriginStr=Hello {}"}},
         {R"(["@@12"])", "", {"Error FmtStr:@@12, OriginStr={{}}"}},
-        {R"(["@@2"])", "Hello", {}},
-        {R"(["@@3", 1.5])", "1.5", {}},
-        {R"(["@@4", 3000000000])", "3000000000", {}},
-        {R"(["@@11", -3000000000])", "-3000000000", {}},
-        {R"(["@@11", 7])", "7", {}},
-        {R"(["@@4", ["@@5", 2]])", "You have 2 items", {}},
-        {R"(["@@20", ["@@21", ["@@22", 5]]])", "A(B(C(5)))", {}},
-        {R"(["@@10", "@@30", "x"])", "Level gold of x", {}},
-        {R"(["@@7", true, false, null, {}])", "1 and 0", {}},
-        {R"(["@@7", null, {"a":1}])", "NULL and error", {}},
+        {R"(["@@2"])", "Hello"}, {R"(["@@3", 1.5])", "1.5"}, {R"(["@@11", 7])", "7"},
+        {R"(["@@4", 3000000000])", "3000000000"}, {R"(["@@11", -3000000000])", "-3000000000"},
+        {R"(["@@4", ["@@5", 2]])", "You have 2 items"},
+        {R"(["@@20", ["@@21", ["@@22", 5]]])", "A(B(C(5)))"},
+        {R"(["@@10", "@@30", "x"])", "Level gold of x"},
+        {R"(["@@7", true, false, null, {}])", "1 and 0"},
+        {R"(["@@7", null, {"a":1}])", "NULL and error"},
         {R"(["@@1", "@@#5"])", "Hello ", {"TryGetStringFromStrID #5\n"}},
-        {R"(["@@11", "str"])", "", {}},  // wrong type for the field
-        {R"(["@@7", 1])", "", {}},       // too few arguments
-        {R"(["@@13", 1])", "", {}},      // broken field
+        {R"(["@@11", "str"])", ""},  // wrong type for the field
+        {R"(["@@7", 1])", ""},       // too few arguments
+        {R"(["@@13", 1])", ""},      // broken field
         // Concatenation mode.
-        {R"(["@@#", "a", 7])", "a 7", {}},
-        {R"(["a", "b"])", "ab", {}},
+        {R"(["@@#", "a", 7])", "a 7"}, {R"(["a", "b"])", "ab"}, {"[1,2]", "12"}, {"[]", ""},
         {R"(["@@#", "@@2", 1.5, -3, 3000000000, null, true, false, ["@@2"]])",
-         "Hello 1.500000 -3 3000000000 NULL 1 0 Hello",
-         {}},
-        {R"(["x", "@@#y", "z"])", "xz", {}},
-        {R"(["@@#", "a", "@@#b", "c"])", "a  c", {}},
-        {"[1,2]", "12", {}},
-        {"[]", "", {}},
+         "Hello 1.500000 -3 3000000000 NULL 1 0 Hello"},
+        {R"(["x", "@@#y", "z"])", "xz"}, {R"(["@@#", "a", "@@#b", "c"])", "a  c"},
         // Arrays inside text.
-        {R"(You got ["@@5",2] and [1,2])", "You got You have 2 items and [1,2]", {}},
-        {R"([["@@2"]] [x] ["@@2"])", "Hello [x] Hello", {}},
-        {R"(see ["@@2")", "see ", {}},             // the unbalanced tail is dropped
-        {R"(x ][["@@2"])", R"(x ][["@@2"])", {}},  // would only ever convert into itself
+        {R"(You got ["@@5",2] and [1,2])", "You got You have 2 items and [1,2]"},
+        {R"([["@@2"]] [x] ["@@2"])", "Hello [x] Hello"},
+        {R"(see ["@@2")", "see "},             // the unbalanced tail is dropped
+        {R"(x ][["@@2"])", R"(x ][["@@2"])"},  // would only ever convert into itself
         // Unchanged.
-        {R"(["@@2",])", R"(["@@2",])", {}},
-        {"plain text", "plain text", {}},
-        {"", "", {}},
-    };
+        {R"(["@@2",])", R"(["@@2",])"}, {"plain text", "plain text"}, {"", ""}};
+    // clang-format on
     for (const ConvertCase& c : cases) {
         m_log.Clear();
         std::string out = "junk";
