@@ -23,28 +23,20 @@ TEST(JsonTool, ChecksFormatsAndFailsWithWhatAndWhere) {
         int status;
         std::string out, err;  // `usage`: the start of the stream
     } cases[] = {
+        // clang-format off
         {{"check", good}, 0, "", ""},
         {{"fmt", good, "--compact"}, 0, "{\"a\":[1,2500.0,\"\xc4\xe3\"],\"b\":{}}\n", ""},
-        {{"fmt", good},
-         0,
+        {{"fmt", good}, 0,
          "{\n    \"a\": [\n        1,\n        2500.0,\n        \"\xc4\xe3\"\n    ],\n"
-         "    \"b\": {}\n}\n",
-         ""},
-        {{"check", bad},
-         1,
-         "",
-         "pind: json: " + bad + ": not valid JSON: trailing comma at byte 7 (line 2, column 4)\n"},
-        {{"fmt", nul},
-         1,
-         "",
-         "pind: json: " + nul +
-             ": not valid JSON: text after the value at byte 3 (line 1, column 4)\n"},
-        {{}, 2, "", usage},
-        {{"check"}, 2, "", usage},
-        {{"lint", "a"}, 2, "", usage},
-        {{"check", "a", "--compact"}, 2, "", usage},
-        {{"fmt", "a", "--pretty"}, 2, "", usage},
+         "    \"b\": {}\n}\n", ""},
+        {{"check", bad}, 1, "", "pind: json: " + bad +
+                 ": not valid JSON: trailing comma at byte 7 (line 2, column 4)\n"},
+        {{"fmt", nul}, 1, "", "pind: json: " + nul +
+                 ": not valid JSON: text after the value at byte 3 (line 1, column 4)\n"},
+        {{}, 2, "", usage}, {{"check"}, 2, "", usage}, {{"lint", "a"}, 2, "", usage},
+        {{"check", "a", "--compact"}, 2, "", usage}, {{"fmt", "a", "--pretty"}, 2, "", usage},
         {{"--help"}, 0, usage, ""}};
+    // clang-format on
     for (const auto& c : cases) {
         std::vector<std::string> args = {"json"};
         args.insert(args.end(), c.args.begin(), c.args.end());
