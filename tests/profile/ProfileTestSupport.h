@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <set>
 #include <string>
 #include <vector>
@@ -36,25 +37,20 @@ inline int16_t FakeKeyState(int vk) {
     return KeysDown().count(vk) != 0 ? static_cast<int16_t>(0x8000) : int16_t{0};
 }
 
+// Records each rectangle as "left top right bottom argb" and each text as "x y rgb text".
 class DrawingClient : public RecordingClient {
 public:
-    struct Rect {
-        int left, top, right, bottom;
-        uint32_t argb;
-    };
-    struct Text {
-        int x, y;
-        uint32_t rgb;
-        std::string text;
-    };
-    std::vector<Rect> rects;
-    std::vector<Text> texts;
+    std::vector<std::string> rects, texts;
 
     void FillRectangle(int l, int t, int r, int b, uint32_t argb) override {
-        rects.push_back({l, t, r, b, argb});
+        char line[64];
+        std::snprintf(line, sizeof line, "%d %d %d %d %08x", l, t, r, b, argb);
+        rects.push_back(line);
     }
     void DrawString(int x, int y, uint32_t rgb, const char* text) override {
-        texts.push_back({x, y, rgb, text != nullptr ? text : ""});
+        char head[48];
+        std::snprintf(head, sizeof head, "%d %d %06x ", x, y, rgb);
+        texts.push_back(head + std::string(text != nullptr ? text : ""));
     }
     void CreateDir(const char* name) override {
         RecordingClient::CreateDir(name);
