@@ -55,7 +55,6 @@ TEST_F(ProfilerFixture, NothingRunsWhenNotAllowedOrSuspended) {
     EXPECT_EQ(Frame(), 0);
     m_client.profileAllowed = true;
     SetProfileSuspended(true);
-    EXPECT_TRUE(GetProfileSuspended());
     EXPECT_EQ(Frame(), 0);
     EXPECT_TRUE(m_client.rects.empty());
     EXPECT_TRUE(m_client.createdDirs.empty());
@@ -135,8 +134,9 @@ TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     ASSERT_EQ(m_client.createdDirs, std::vector<std::string>{"profile"});
     const std::string first = Lf(m_dir.Read("profile/StatisticsFunction.log"));
     EXPECT_EQ(first.rfind("host line\n", 0), 0u);
-    EXPECT_NE(first.find("[Work "), std::string::npos);
-    EXPECT_NE(first.find(":\t3.0000ms\t\t"), std::string::npos);
+    EXPECT_NE(first.find("[Work" + std::string(44, ' ') +
+                         "]\t--\xcf\xfb\xba\xc4\xca\xb1\xbc\xe4:\t3.0000ms"),
+              std::string::npos);
 
     KeysDown() = {kCtrl, kNum3};
     Frame(600);
@@ -160,10 +160,7 @@ TEST_F(ProfilerFixture, UnwritableReportStillFlagsTheRequest) {
 
 TEST_F(ProfilerFixture, ModeTwoDrawsClassificationShares) {
     Enable();
-    {
-        PIND_PROFILE_SCOPE("Frame");
-        m_clock.AdvanceMs(10);
-    }
+    TimedScope(m_clock, "Frame", 10);
     ProfileAddClassifyTime(3, 2.5f);
     ProfileAddClassifyTime(3, 2.5f);
     KeysDown() = {kCtrl, kNum2};
@@ -171,7 +168,8 @@ TEST_F(ProfilerFixture, ModeTwoDrawsClassificationShares) {
     KeysDown().clear();
     m_client.ClearDrawing();
     Frame(0);
-    EXPECT_EQ(m_client.texts, std::vector<std::string>{"420 400 ffff00 ClassifyTime[3] = 5.00 (50.0%)"});
+    EXPECT_EQ(m_client.texts,
+              std::vector<std::string>{"420 400 ffff00 ClassifyTime[3] = 5.00 (50.0%)"});
     ASSERT_FALSE(m_client.rects.empty());
     EXPECT_EQ(m_client.rects[0].rfind("10 400 ", 0), 0u);
 }

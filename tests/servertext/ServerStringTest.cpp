@@ -127,22 +127,21 @@ TEST_F(ServerString, FormatsInPlaceOnlyWhenTheResultFits) {
 }
 
 TEST_F(ServerString, LooksUpIdsLikeStoul) {
-    const std::pair<const char*, const char*> found[] = {
-        {"2", "Hello"},           {" 2", "Hello"},       {"+2", "Hello"}, {"2x", "Hello"},
-        {"-4294967294", "Hello"}, {"4294967295", "max"}, {"999", ""},
-    };
-    for (const auto& [id, want] : found) {
-        std::string out = "junk";
-        TryGetStringFromStrID(out, id);
-        EXPECT_EQ(out, want) << id;
-    }
-    EXPECT_EQ(m_log.Lines(), Lines{});
-    for (const char* bad : {"4294967296", "99999999999999999999", "abc", "", "-", "#5"}) {
+    // {id, text}; a null text: stoul fails, the result is empty and the id is logged.
+    const std::pair<const char*, const char*> cases[] = {// clang-format off
+        {"2", "Hello"}, {" 2", "Hello"}, {"+2", "Hello"}, {"2x", "Hello"}, {"-4294967294", "Hello"},
+        {"4294967295", "max"}, {"999", ""}, {"4294967296", nullptr},
+        {"99999999999999999999", nullptr}, {"abc", nullptr}, {"", nullptr}, {"-", nullptr},
+        {"#5", nullptr}};
+    // clang-format on
+    for (const auto& [id, want] : cases) {
         m_log.Clear();
         std::string out = "junk";
-        TryGetStringFromStrID(out, bad);
-        EXPECT_EQ(out, "") << bad;
-        EXPECT_EQ(m_log.Lines(), Lines{std::string("TryGetStringFromStrID ") + bad + "\n"});
+        TryGetStringFromStrID(out, id);
+        EXPECT_EQ(out, want != nullptr ? want : "") << id;
+        EXPECT_EQ(m_log.Lines(), want != nullptr
+                                     ? Lines{}
+                                     : Lines{std::string("TryGetStringFromStrID ") + id + "\n"});
     }
 }
 
