@@ -127,16 +127,12 @@ TEST_F(ProfilerFixture, FirstHotKeyInOrderActsAtMostOnceEvery501Ms) {
 
 TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     Enable(0);
-    m_client.description = "host line";
     TimedScope(m_clock, "Work", 3);
     KeysDown() = {kCtrl, kNum7, kNum3};  // 7 wins
     EXPECT_EQ(Frame(0), 1);
     ASSERT_EQ(m_client.createdDirs, std::vector<std::string>{"profile"});
     const std::string first = Lf(m_dir.Read("profile/StatisticsFunction.log"));
-    EXPECT_EQ(first.rfind("host line\n", 0), 0u);
-    EXPECT_NE(first.find("[Work" + std::string(44, ' ') +
-                         "]\t--\xcf\xfb\xba\xc4\xca\xb1\xbc\xe4:\t3.0000ms"),
-              std::string::npos);
+    EXPECT_NE(first.find("[Work "), std::string::npos);  // the layout: ProfileReportTest.cpp
 
     KeysDown() = {kCtrl, kNum3};
     Frame(600);
