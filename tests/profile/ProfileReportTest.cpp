@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <set>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,9 +20,7 @@ namespace {
 std::string ReadExpected(const char* name) {
     const std::string path = std::string(PIND_EXAMPLES_DIR) + "/../../tests/profile/data/" + name;
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 void Scene(FakeClock& clock) {
@@ -42,17 +40,9 @@ void Scene(FakeClock& clock) {
 
 size_t Count(const std::string& text, const std::string& what) {
     size_t n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
-        ++n;
-    }
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
     return n;
 }
-
-const std::string kClosing = std::string(133, '=') + "\n";
-// "=================================类型消耗时间====...\n"
-const std::string kClassifyHeading =
-    "=================================\xc0\xe0\xd0\xcd\xcf\xfb\xba\xc4\xca\xb1\xbc\xe4" +
-    std::string(86, '=') + "\n";
 
 TEST_F(ProfilerFixture, ReportMatchesExpectedBytes) {
     Enable(0);
@@ -69,7 +59,7 @@ TEST_F(ProfilerFixture, ReportMatchesExpectedBytes) {
     ASSERT_TRUE(ProfileWriteReport("report.log"));
 
     std::string want = ReadExpected("statistics_report.txt");
-    ASSERT_FALSE(want.empty());
+    ASSERT_NE(want.find("@TIME@"), std::string::npos);
     want.replace(want.find("@TIME@"), 6, ServerTimeText(4));
     EXPECT_EQ(Lf(m_dir.Read("report.log")), want);
 }
@@ -78,19 +68,17 @@ TEST_F(ProfilerFixture, ReportWithoutTreeOrClassificationsKeepsHeadings) {
     Enable(0);
     ASSERT_TRUE(ProfileWriteReport("empty.log"));
     const std::string text = Lf(m_dir.Read("empty.log"));
-    EXPECT_EQ(text.find("digraph"), std::string::npos);
     EXPECT_EQ(text.find("(\xcf\xfb\xba\xc4"), std::string::npos);  // no tree line
-    // "====...函数调用Dot图====...\n" then the classification heading straight away.
-    const std::string tail =
-        "Dot\xcd\xbc" + std::string(84, '=') + "\n" + kClassifyHeading + kClosing;
-    ASSERT_GE(text.size(), tail.size());
-    EXPECT_EQ(text.substr(text.size() - tail.size()), tail);
+    // "...函数调用Dot图====...\n", no graph, "====...类型消耗时间====...\n", the closing line.
+    const std::string tail = "Dot\xcd\xbc" + std::string(84, '=') + "\n" + std::string(33, '=') +
+                             "\xc0\xe0\xd0\xcd\xcf\xfb\xba\xc4\xca\xb1\xbc\xe4" +
+                             std::string(86, '=') + "\n" + std::string(133, '=') + "\n";
+    EXPECT_EQ(text.rfind(tail), text.size() - tail.size()) << text;
 }
 
 TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
     Enable(0);
-    constexpr int kThreads = 4;
-    constexpr int kPerThread = 2000;
+    constexpr int kThreads = 4, kPerThread = 2000;
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([] {
@@ -106,29 +94,21 @@ TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
         char written = 0;
         ProfileFrame(&written);
     }
-    for (std::thread& t : threads) {
-        t.join();
-    }
+    for (std::thread& t : threads) t.join();
     ASSERT_TRUE(ProfileWriteReport("threads.log"));
     const std::string text = Lf(m_dir.Read("threads.log"));
     // Only the main thread's scopes form the tree.
-    EXPECT_EQ(Count(text,
-                    "\t"
-                    "MainLoop"),
-              0u);
+    EXPECT_EQ(Count(text, "\tMainLoop"), 0u);
     EXPECT_EQ(Count(text, "-> Worker"), 0u);
     // No interval rolled over (the clock stood still), so counts are whole.
     EXPECT_NE(text.find("\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:8000 "), std::string::npos);
     EXPECT_EQ(Count(text, "\xd7\xdc\xb9\xb2\xb5\xf7\xd3\xc3:4000 "), 2u);  // Even, Odd
     ASSERT_TRUE(ProfileWriteChromeTrace("threads.json"));
-    TraceJson doc;
-    const std::string json = Lf(m_dir.Read("threads.json"));
-    ASSERT_TRUE(doc.Parse(json));
-    std::set<int> tids;
-    for (const auto& e : doc.events) {
-        if (e.text.at("ph") == "X") {
-            tids.insert(static_cast<int>(e.number.at("tid")));
-        }
+    const JsonDoc doc = ParseJson(m_dir.Read("threads.json"));
+    ASSERT_NE(doc, nullptr);
+    std::set<int64_t> tids;
+    for (const JsonNode* e : TraceEvents(doc)) {
+        if (TraceText(e, "ph") == "X") tids.insert(JsonGetInt64(JsonObjectMember(e, "tid"), -1));
     }
     EXPECT_EQ(tids.size(), kThreads + 1u);
 }
@@ -136,8 +116,7 @@ TEST_F(ProfilerFixture, ScopesFromFourThreadsAllCount) {
 TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     Enable(0);
     // Names the dot graph and the JSON must survive.
-    const char* odd[] = {"A:B[1]", "quote\"d", "\xb5\xf7\xd3\xc3", "back\\slash", ""};
-    for (const char* name : odd) {
+    for (const char* name : {"A:B[1]", "quote\"d", "\xb5\xf7\xd3\xc3", "back\\slash", ""}) {
         PIND_PROFILE_SCOPE("Outer");
         CProfileScope scope(name);
         m_clock.AdvanceMs(1);
@@ -146,9 +125,7 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     struct Recurse {
         static void Run(int depth) {
             PIND_PROFILE_SCOPE("Recurse");
-            if (depth > 0) {
-                Run(depth - 1);
-            }
+            if (depth > 0) Run(depth - 1);
         }
     };
     Recurse::Run(1000);
@@ -168,13 +145,10 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     EXPECT_LT(recursion, 100u);
 
     ASSERT_TRUE(ProfileWriteChromeTrace("bad.json"));
-    TraceJson doc;
-    const std::string json = Lf(m_dir.Read("bad.json"));
-    ASSERT_TRUE(doc.Parse(json));
+    const JsonDoc doc = ParseJson(m_dir.Read("bad.json"));
+    ASSERT_NE(doc, nullptr);
     std::set<std::string> names;
-    for (const auto& e : doc.events) {
-        names.insert(e.text.at("name"));
-    }
+    for (const JsonNode* e : TraceEvents(doc)) names.insert(TraceText(e, "name"));
     EXPECT_EQ(names.count("quote\"d"), 1u);
     EXPECT_EQ(names.count("\xc2\xb5\xc3\xb7\xc3\x93\xc3\x83"), 1u);  // each GBK byte as U+00XX
 }
@@ -189,26 +163,20 @@ TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
     }
     ASSERT_TRUE(ProfileWriteChromeTrace("trace.json"));
     ProfileSetTraceFrames(300);
-    TraceJson doc;
-    const std::string json = Lf(m_dir.Read("trace.json"));
-    ASSERT_TRUE(doc.Parse(json));
-    int frames = 0;
-    int scopes = 0;
-    double lastFrame = 0;
-    for (const auto& e : doc.events) {
-        const std::string ph = e.text.at("ph");
-        if (ph == "i") {
-            ++frames;
-            lastFrame = e.number.at("ts");
-        } else if (ph == "X") {
+    const JsonDoc doc = ParseJson(m_dir.Read("trace.json"));
+    ASSERT_NE(doc, nullptr);
+    int frames = 0, scopes = 0;
+    for (const JsonNode* e : TraceEvents(doc)) {
+        const std::string ph = TraceText(e, "ph");
+        frames += ph == "i";
+        if (ph == "X") {
             ++scopes;
-            EXPECT_DOUBLE_EQ(e.number.at("dur"), 2000.0);
-            EXPECT_EQ(e.text.at("name"), "Tick");
+            EXPECT_EQ(JsonGetFloat(JsonObjectMember(e, "dur"), 0), 2000.0f);
+            EXPECT_EQ(TraceText(e, "name"), "Tick");
         }
     }
     EXPECT_EQ(frames, 3);
     EXPECT_EQ(scopes, 3);  // the scopes of the kept frames: frame 8 and 9 ended; 7's too
-    EXPECT_GT(lastFrame, 0.0);
     EXPECT_FALSE(ProfileWriteChromeTrace("no/such/dir/t.json"));
     EXPECT_FALSE(ProfileWriteChromeTrace(nullptr));
 }

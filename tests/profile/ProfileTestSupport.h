@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <set>
 #include <string>
 #include <vector>
@@ -22,9 +24,7 @@ namespace pind::test {
 
 // Report files are opened in text mode, which on Windows ends lines with "\r\n".
 inline std::string Lf(std::string text) {
-    for (size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
-        text.erase(at, 1);
-    }
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
     return text;
 }
 
@@ -37,25 +37,20 @@ inline int16_t FakeKeyState(int vk) {
     return KeysDown().count(vk) != 0 ? static_cast<int16_t>(0x8000) : int16_t{0};
 }
 
+// Records each rectangle as "left top right bottom argb" and each text as "x y rgb text".
 class DrawingClient : public RecordingClient {
 public:
-    struct Rect {
-        int left, top, right, bottom;
-        uint32_t argb;
-    };
-    struct Text {
-        int x, y;
-        uint32_t rgb;
-        std::string text;
-    };
-    std::vector<Rect> rects;
-    std::vector<Text> texts;
+    std::vector<std::string> rects, texts;
 
     void FillRectangle(int l, int t, int r, int b, uint32_t argb) override {
-        rects.push_back({l, t, r, b, argb});
+        char line[64];
+        std::snprintf(line, sizeof line, "%d %d %d %d %08x", l, t, r, b, argb);
+        rects.push_back(line);
     }
     void DrawString(int x, int y, uint32_t rgb, const char* text) override {
-        texts.push_back({x, y, rgb, text != nullptr ? text : ""});
+        char head[48];
+        std::snprintf(head, sizeof head, "%d %d %06x ", x, y, rgb);
+        texts.push_back(head + std::string(text != nullptr ? text : ""));
     }
     void CreateDir(const char* name) override {
         RecordingClient::CreateDir(name);
@@ -82,12 +77,7 @@ protected:
     }
 
     static void Enable(int32_t showGraph = 1, int32_t log = 0, int32_t maxFrame = 3000) {
-        ProfileSettings s;
-        s.nProfile = 1;
-        s.nShowGraph = showGraph;
-        s.nLog = log;
-        s.nMaxFrameInterval = maxFrame;
-        ProfileConfigure(s);
+        ProfileConfigure(ProfileSettings{1, 10, maxFrame, showGraph, log});
     }
 
     // One frame: the clock moves `ms` first, then the profiler's frame entry runs.

@@ -1,9 +1,11 @@
-// The time object's readings, synchronisation, frozen local record, stopwatch and lifecycle.
+// The time object's readings, synchronisation, frozen local record, stopwatch and lifecycle, and
+// the date texts built on them.
 #include <gtest/gtest.h>
 
 #include <climits>
 
 #include "pind/time/PindTime.h"
+#include "pind/time/TimeText.h"
 #include "support/FakeClock.h"
 #include "support/TempDir.h"
 
@@ -26,21 +28,12 @@ TEST_F(PindTimeTest, SyncRecordsEveryPairFromOneReadingOfEachClock) {
     m_clock.SetUnixTimeMs(1715043792600);
     CPindTime* time = CPindTime::Instance();
     time->SyncServerTime(kServer, -28800);
-    EXPECT_EQ(time->GetZoneOffset(), -28800);
-    EXPECT_EQ(time->GetSyncTick(), 5000u);
-    EXPECT_EQ(time->GetSyncServerTime(), static_cast<uint64_t>(kServer));
-    EXPECT_EQ(time->GetClockAtSync(), 700);
-    EXPECT_EQ(time->GetServerClockAtSync(), kServer);
-    EXPECT_EQ(time->GetWallAtSync(), 1715043792);
-    EXPECT_EQ(time->GetServerTimeAtWall(), kServer);
-
-    m_clock.AdvanceMs(2500);
+    m_clock.AdvanceMs(2500);  // each reading counts from its own pair
     EXPECT_EQ(time->ServerNow(), kServer + 2);
     EXPECT_EQ(time->ServerNowMs(), static_cast<uint64_t>(kServer) * 1000 + 2500);
     EXPECT_EQ(time->ServerNowByClock(), static_cast<uint32_t>(kServer) + 2500);  // ms on seconds
     EXPECT_EQ(time->ServerNowByWall(false), kServer + 3);  // the wall passed two second marks
     EXPECT_EQ(time->ServerNowByWall(true), kServer + 3 + 28800);  // UTC+8 server, UTC machine
-    EXPECT_EQ(time->SecondsSince(kServer), 3);
     EXPECT_EQ(time->SecondsSince(kServer + 10), -7);
 
     // A tick read before the synchronising one counts back, truncating toward zero.
@@ -54,49 +47,32 @@ TEST_F(PindTimeTest, ServerTmAtShowsTheServerZone) {
     const std::tm* now = time->ServerTmAt(0);
     ASSERT_NE(now, nullptr);
     EXPECT_EQ(now->tm_hour, 12);  // eight hours past 04:00 UTC
-    EXPECT_EQ(now->tm_mday, 14);
 
     m_clock.AdvanceMs(86400 * 1000);  // a given instant ignores the clocks
     const std::tm* given = time->ServerTmAt(kServer + 3600 * 12);
     ASSERT_NE(given, nullptr);
-    EXPECT_EQ(given->tm_mday, 15);
-    EXPECT_EQ(given->tm_hour, 0);
-    EXPECT_EQ(given->tm_wday, 3);
+    EXPECT_EQ(given->tm_mday * 100 + given->tm_hour * 10 + given->tm_wday, 1503);
     EXPECT_EQ(time->ServerTmAt(-86400), nullptr);  // before 1970
     EXPECT_EQ(time->ServerTmAt(LLONG_MIN), nullptr);
 }
 
-TEST_F(PindTimeTest, LocalTmNowConvertsOnceAndThenStaysFrozen) {
+TEST_F(PindTimeTest, DestroyGivesAFreshObjectButLocalTmNowStaysFrozen) {
     pind::test::ScopedTz tz("CST-8");
     m_clock.SetUnixTimeMs(kServer * 1000);
-    CPindTime* time = CPindTime::Instance();
-    time->SyncServerTime(kServer, 0);
-    const std::tm* first = time->LocalTmNow();
-    const std::tm copy = *first;
-    EXPECT_EQ(copy.tm_hour, 12);
-    EXPECT_EQ(copy.tm_min, 0);
-
-    m_clock.AdvanceMs(60 * 1000);
-    CPindTime::DestroyInstance();
-    const std::tm* second = CPindTime::Instance()->LocalTmNow();
-    EXPECT_EQ(second, first);
-    EXPECT_EQ(second->tm_min, 0);
-    EXPECT_EQ(second->tm_mday, copy.tm_mday);
-}
-
-TEST_F(PindTimeTest, DestroyThenInstanceGivesAFreshZeroedObject) {
-    CPindTime::DestroyInstance();  // nothing to destroy: harmless
     m_clock.SetTickMs(123456);
     CPindTime* time = CPindTime::Instance();
     EXPECT_EQ(CPindTime::Instance(), time);
     time->SyncServerTime(kServer, -28800);
+    const std::tm* frozen = time->LocalTmNow();
+    EXPECT_EQ(frozen->tm_hour * 100 + frozen->tm_min, 1200);
+
+    m_clock.AdvanceMs(60 * 1000);
     CPindTime::DestroyInstance();
     CPindTime* fresh = CPindTime::Instance();
     EXPECT_EQ(fresh->GetZoneOffset(), 0);
-    EXPECT_EQ(fresh->GetSyncServerTime(), 0u);
-    EXPECT_EQ(fresh->GetWallAtSync(), 0);
-    EXPECT_EQ(fresh->ServerNow(), 123);  // unsynchronised: the tick in seconds
-    EXPECT_EQ(fresh->ServerNowMs(), 123456u);
+    EXPECT_EQ(fresh->ServerNowMs(), 183456u);  // unsynchronised: the tick
+    EXPECT_EQ(fresh->LocalTmNow(), frozen);
+    EXPECT_EQ(frozen->tm_hour * 100 + frozen->tm_min, 1200);
 }
 
 TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
@@ -112,11 +88,9 @@ TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
     EXPECT_EQ(time->StopwatchMs(), 9999u);
     EXPECT_EQ(m_clock.TickReads(), readsBefore);  // the engine clock, not GetTickCount
 
-    const uint32_t derived = time->UpdateDerivedSeconds();
-    EXPECT_EQ(time->GetWallAtSync(), 1715043801);
     // 9 whole seconds halved to 4, then moved from server to wall seconds.
-    EXPECT_EQ(derived, static_cast<uint32_t>(4 - kServer + 1715043801));
-    EXPECT_EQ(time->GetDerivedSeconds(), derived);
+    EXPECT_EQ(time->UpdateDerivedSeconds(), static_cast<uint32_t>(4 - kServer + 1715043801));
+    EXPECT_EQ(time->GetDerivedSeconds(), static_cast<uint32_t>(4 - kServer + 1715043801));
 
     time->SetUseEngineClock(false);
     m_clock.SetTickMs(0xFFFFFF00u);
@@ -127,14 +101,50 @@ TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
 }
 
 TEST(PindTimeZoneHours, TruncateTowardZero) {
-    const struct {
-        int32_t zoneOffset;
-        int32_t hours;
-    } cases[] = {{-28800, 8}, {12600, -3}, {-19800, 5}, {3599, 0}, {INT_MIN, 596523}};
+    const int32_t cases[][2] = {
+        {-28800, 8}, {12600, -3}, {-19800, 5}, {3599, 0}, {INT_MIN, 596523}};
     for (const auto& c : cases) {
         CPindTime time;
-        time.SyncServerTime(0, c.zoneOffset);
-        EXPECT_EQ(time.GetZoneHours(), c.hours) << c.zoneOffset;
+        time.SyncServerTime(0, c[0]);
+        EXPECT_EQ(time.GetZoneHours(), c[1]) << c[0];
+    }
+}
+
+TEST_F(PindTimeTest, ServerTimeTextModes) {
+    // Server at UTC+8 shows 2024-03-05 09:07:03; the machine, in another zone, is at .042 s.
+    pind::test::ScopedTz tz("EST5EDT");
+    m_clock.SetUnixTimeMs(1600000000042);
+    CPindTime::Instance()->SyncServerTime(1709600823, -28800);
+    const std::pair<int32_t, const char*> cases[] = {{0, "2024-03-05"},
+                                                     {3, "2024-03-05-09:07:03"},
+                                                     {4, "2024-03-05-09:07:03:042"},
+                                                     {1, ""},
+                                                     {2, ""},
+                                                     {-1, ""},
+                                                     {5, ""}};
+    for (const auto& [mode, text] : cases) {
+        EXPECT_STREQ(ServerTimeText(mode), text) << mode;
+    }
+    EXPECT_EQ(ServerTimeText(0), ServerTimeText(3));  // one buffer, overwritten
+    CPindTime::Instance()->SyncServerTime(0, 3600);   // server wall time before 1970
+    EXPECT_STREQ(ServerTimeText(0), "");
+}
+
+TEST_F(PindTimeTest, LocalTextsUseTheMachineZoneNotTheServers) {
+    const struct {
+        const char* tz;
+        int32_t zoneOffset;
+        const char* text;
+        int32_t mmdd;
+    } cases[] = {{"UTC0", -28800, "2023-12-31 20:00:00", 1231},
+                 {"CST-8", 0, "2024-01-01 04:00:00", 101},
+                 {"EST5EDT", -28800, "2023-12-31 15:00:00", 1231}};
+    m_clock.SetUnixTimeMs(1704052800999);  // 2023-12-31 20:00 UTC
+    for (const auto& c : cases) {
+        pind::test::ScopedTz tz(c.tz);
+        CPindTime::Instance()->SyncServerTime(1704052800, c.zoneOffset);
+        EXPECT_STREQ(LocalTimeText(), c.text) << c.tz;
+        EXPECT_EQ(NowMMDD(), c.mmdd) << c.tz;
     }
 }
 

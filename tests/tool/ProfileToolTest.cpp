@@ -3,18 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "profile/TraceJson.h"
 #include "support/TempDir.h"
 #include "tool/RunTool.h"
 
+namespace pind::test {
 namespace {
 
-using pind::test::RunPind;
-using pind::test::TempDir;
-using pind::test::TraceJson;
-
-// The tail of a statistics report: its graph, then the next heading.
+// The tail of a statistics report: an older graph, the last one, then the next heading.
 const char kReport[] =
     "old run\n"
     "digraph G {\n\tRoot -> Old\n}=====\n"
@@ -25,94 +23,84 @@ const char kReport[] =
     "\tCGame__Frame -> CScene__Draw_2_\n"
     "}=================================\xc0\xe0\xd0\xcd\n";
 
-TEST(ProfileTool, HelpListsTheSubcommands) {
-    const auto run = RunPind({"profile", "--help"});
-    EXPECT_EQ(run.status, 0);
-    for (const char* word : {"trace [-o FILE]", "overlay [-o FILE]", "dot REPORT [-o OUT]"}) {
-        EXPECT_NE(run.out.find(word), std::string::npos) << word;
+class ProfileTool : public ::testing::Test {
+protected:
+    ToolRun Run(const std::vector<std::string>& args,
+                const std::vector<std::string>& env = std::vector<std::string>()) {
+        return RunPind(args, "", m_dir.Path(), env);
     }
-    for (const auto& args :
-         {std::vector<std::string>{"profile"}, std::vector<std::string>{"profile", "bogus"},
-          std::vector<std::string>{"profile", "trace", "-x"},
-          std::vector<std::string>{"profile", "dot"}}) {
-        const auto bad = RunPind(args);
-        EXPECT_EQ(bad.status, 2) << args.back();
-        EXPECT_NE(bad.err.find("usage: "), std::string::npos);
+    TempDir m_dir;
+};
+
+TEST_F(ProfileTool, HelpUsageAndFailures) {
+    const auto help = Run({"profile", "--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* word : {"trace [-o FILE]", "overlay [-o FILE]", "dot REPORT [-o OUT]"}) {
+        EXPECT_NE(help.out.find(word), std::string::npos) << word;
+    }
+    m_dir.Write("profile", "a file in the default folder's place");
+    m_dir.Write("report.log", kReport);
+    m_dir.Write("plain.log", "no graph here\n");
+    const std::pair<std::vector<std::string>, int> cases[] = {
+        // clang-format off
+        {{"profile"}, 2}, {{"profile", "bogus"}, 2}, {{"profile", "trace", "-x"}, 2},
+        {{"profile", "dot"}, 2}, {{"profile", "trace"}, 1}, {{"profile", "overlay"}, 1},
+        {{"profile", "trace", "-o", "no/dir/t.json"}, 1},
+        {{"profile", "overlay", "-o", "no/dir/o.svg"}, 1}, {{"profile", "dot", "plain.log"}, 1},
+        {{"profile", "dot", "missing.log"}, 1},
+        {{"profile", "dot", "report.log", "-o", "no/dir/g.svg"}, 1}};
+    // clang-format on
+    for (const auto& [args, status] : cases) {
+        const auto run = Run(args);
+        EXPECT_EQ(run.status, status) << args.back();
+        EXPECT_NE(run.err.find(status == 2 ? "usage: pind profile" : "pind: profile: "),
+                  std::string::npos)
+            << run.err;
     }
 }
 
-TEST(ProfileTool, TraceWritesChromeJsonToTheDefaultPlace) {
-    TempDir dir;
-    const auto run = RunPind({"profile", "trace"}, "", dir.Path());
-    ASSERT_EQ(run.status, 0) << run.err;
-    const std::string json = dir.Read("profile/trace.json");
-    TraceJson doc;
-    ASSERT_TRUE(doc.Parse(json));
-    int frames = 0;
-    int scopes = 0;
-    for (const auto& e : doc.events) {
-        const std::string ph = e.text.at("ph");
-        frames += ph == "i";
-        scopes += ph == "X";
+TEST_F(ProfileTool, TraceAndOverlayOfTheScriptedScene) {
+    ASSERT_EQ(Run({"profile", "trace"}).status, 0);
+    const JsonDoc doc = ParseJson(m_dir.Read("profile/trace.json"));
+    ASSERT_NE(doc, nullptr);
+    int frames = 0, scopes = 0;
+    for (const JsonNode* e : TraceEvents(doc)) {
+        frames += TraceText(e, "ph") == "i";
+        scopes += TraceText(e, "ph") == "X";
     }
     EXPECT_EQ(frames, 200);
     EXPECT_GT(scopes, 200 * 8);
-}
 
-TEST(ProfileTool, OverlayDrawsRowsAndTheClassificationGraph) {
-    TempDir dir;
-    const auto run = RunPind({"profile", "overlay", "-o", "o.svg"}, "", dir.Path());
-    ASSERT_EQ(run.status, 0) << run.err;
-    const std::string svg = dir.Read("o.svg");
+    ASSERT_EQ(Run({"profile", "overlay", "-o", "o.svg"}).status, 0);
+    const std::string svg = m_dir.Read("o.svg");
     EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
     EXPECT_NE(svg.find("[CGame::Frame "), std::string::npos);
     EXPECT_NE(svg.find("\xe6\xb6\x88\xe8\x80\x97"), std::string::npos);  // the label in UTF-8
     EXPECT_NE(svg.find(">ClassifyTime[1] = "), std::string::npos);
 }
 
-TEST(ProfileTool, UnwritableOutputsFail) {
-    TempDir dir;
-    dir.Write("profile", "a file in the default folder's place");
-    for (const auto& args :
-         {std::vector<std::string>{"profile", "trace"},
-          std::vector<std::string>{"profile", "overlay"},
-          std::vector<std::string>{"profile", "trace", "-o", "no/dir/t.json"},
-          std::vector<std::string>{"profile", "overlay", "-o", "no/dir/o.svg"}}) {
-        const auto run = RunPind(args, "", dir.Path());
-        EXPECT_EQ(run.status, 1) << args.back();
-        EXPECT_EQ(run.err.rfind("pind: profile: ", 0), 0u) << run.err;
-    }
-}
-
-TEST(ProfileTool, DotTakesTheLastGraph) {
-    TempDir dir;
-    dir.Write("report.log", kReport);
-    dir.Write("plain.log", "no graph here\n");
-
-    // Without Graphviz on the path: the dot text, with a note on how to get it.
-    const auto text =
-        RunPind({"profile", "dot", "report.log"}, "", dir.Path(), {"PATH=/nonexistent"});
+TEST_F(ProfileTool, DotTakesTheLastGraph) {
+    m_dir.Write("report.log", kReport);
+    // Without Graphviz on the path: the dot text in UTF-8, with a note on how to get it.
+    const std::string font = "\xe5\xbe\xae\xe8\xbd\xaf\xe9\x9b\x85\xe9\xbb\x91";
+    const auto text = Run({"profile", "dot", "report.log"}, {"PATH=/nonexistent"});
     ASSERT_EQ(text.status, 0) << text.err;
-    EXPECT_EQ(text.out.rfind("digraph G {\n", 0), 0u);
-    EXPECT_NE(text.out.find("\tCGame__Frame -> CScene__Draw_2_\n}\n"), std::string::npos);
-    EXPECT_EQ(text.out.find("Old"), std::string::npos);
-    EXPECT_NE(text.out.find("\xe5\xbe\xae\xe8\xbd\xaf\xe9\x9b\x85\xe9\xbb\x91"), std::string::npos);
+    EXPECT_EQ(text.out, "digraph G {\n\tedge [fontname=\"" + font + "\"];\n\tnode [fontname=\"" +
+                            font +
+                            "\" size=\"20,20\"];\n\tRoot -> CGame__Frame\n"
+                            "\tCGame__Frame -> CScene__Draw_2_\n}\n");
     EXPECT_NE(text.err.find("install Graphviz"), std::string::npos);
 
-    const auto svg = RunPind({"profile", "dot", "report.log", "-o", "g.svg"}, "", dir.Path());
+    const auto svg = Run({"profile", "dot", "report.log", "-o", "g.svg"});
     ASSERT_EQ(svg.status, 0) << svg.err;
-    const std::string picture = dir.Read("g.svg");
+    const std::string picture = m_dir.Read("g.svg");
     if (svg.err.find("install Graphviz") == std::string::npos) {
         EXPECT_NE(picture.find("<svg"), std::string::npos);
         EXPECT_NE(picture.find("CScene__Draw_2_"), std::string::npos);
     } else {
-        EXPECT_EQ(picture.rfind("digraph G {", 0), 0u);
+        EXPECT_EQ(picture, text.out);
     }
-
-    EXPECT_EQ(RunPind({"profile", "dot", "plain.log"}, "", dir.Path()).status, 1);
-    EXPECT_EQ(RunPind({"profile", "dot", "missing.log"}, "", dir.Path()).status, 1);
-    EXPECT_EQ(
-        RunPind({"profile", "dot", "report.log", "-o", "no/dir/g.svg"}, "", dir.Path()).status, 1);
 }
 
 }  // namespace
+}  // namespace pind::test
