@@ -76,27 +76,25 @@ const char* MethodName(unsigned long nMethod) {
 bool ReadZipEntry(unzFile archive, size_t nNameCapacity, ZipEntry* pEntry) {
     unz_file_info64 info;
     std::vector<char> name(nNameCapacity + 1, '\0');
-    // The extra field is at most 65535 bytes; most fit the first try.
-    std::vector<unsigned char> extra(1024);
     if (unzGetCurrentFileInfo64(archive, &info, name.data(), static_cast<uLong>(nNameCapacity),
-                                extra.data(), static_cast<uLong>(extra.size()), nullptr,
-                                0) != UNZ_OK) {
+                                nullptr, 0, nullptr, 0) != UNZ_OK) {
         return false;
     }
-    if (info.size_file_extra > extra.size()) {
-        extra.resize(info.size_file_extra);
-        if (unzGetCurrentFileInfo64(archive, &info, nullptr, 0, extra.data(),
-                                    static_cast<uLong>(extra.size()), nullptr, 0) != UNZ_OK) {
-            return false;
-        }
-    }
-    pEntry->strName.assign(name.data(), std::strlen(name.data()));
+    pEntry->strName = name.data();
     pEntry->nPacked = info.compressed_size;
     pEntry->nSize = info.uncompressed_size;
     pEntry->nCrc = static_cast<uint32_t>(info.crc);
     pEntry->nMethod = info.compression_method;
     pEntry->bEncrypted = (info.flag & 1u) != 0;
-    ApplyZip64(extra.data(), info.size_file_extra, pEntry);
+    // The extra field is read only when a size needs it: a damaged one is then no reason to fail.
+    if ((pEntry->nSize == kZip64Marker || pEntry->nPacked == kZip64Marker) &&
+        info.size_file_extra > 0) {
+        std::vector<unsigned char> extra(info.size_file_extra);
+        if (unzGetCurrentFileInfo64(archive, &info, nullptr, 0, extra.data(),
+                                    static_cast<uLong>(extra.size()), nullptr, 0) == UNZ_OK) {
+            ApplyZip64(extra.data(), extra.size(), pEntry);
+        }
+    }
     return true;
 }
 
