@@ -3,12 +3,14 @@
 #include <unzip.h>
 #include <zlib.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <new>
 
 #include "files/ZipEntry.h"
+#include "pind/platform/System.h"
 
 namespace {
 
@@ -83,19 +85,28 @@ size_t ReadSpans(unzFile archive, const Output& out, bool* pFailed) {
     }
 }
 
-// The whole entry in one inflate stream over the output, fed from raw reads: zlib then copies
-// matches straight out of the output and never refills a window. True only when the stream ends at
-// exactly `nSize` bytes with the right CRC-32, when the chunk rule would give the same bytes.
-bool InflateWhole(unzFile archive, const pind::detail::ZipEntry& entry, unsigned char* pOut,
-                  size_t nSize) {
+// The whole entry in one inflate stream over the output, its compressed bytes read straight from
+// the archive file: zlib then copies matches out of the output and never refills a window, and no
+// byte-wise copy or checksum of the compressed bytes is made. True only when the stream ends at
+// exactly `nSize` bytes, when the chunk rule would give the same bytes. No CRC-32 is checked: the
+// chunk rule serves an entry whatever its checksum, so checking would change nothing.
+bool InflateWhole(unzFile archive, const char* pszZipPath, const pind::detail::ZipEntry& entry,
+                  unsigned char* pOut, size_t nSize) {
     int nMethod = 0;
     int nLevel = 0;
     if (unzOpenCurrentFile2(archive, &nMethod, &nLevel, /*raw=*/1) != UNZ_OK) {
         return false;
     }
+    const ZPOS64_T nStart = unzGetCurrentFileZStreamPos64(archive);
+    unzCloseCurrentFile(archive);
+    std::FILE* pFile = std::fopen(pszZipPath, "rb");
+    if (pFile == nullptr) {
+        return false;
+    }
     z_stream zs{};
-    if (inflateInit2(&zs, -MAX_WBITS) != Z_OK) {
-        unzCloseCurrentFile(archive);
+    if (pind::platform::Seek64(pFile, static_cast<int64_t>(nStart), SEEK_SET) != 0 ||
+        inflateInit2(&zs, -MAX_WBITS) != Z_OK) {
+        std::fclose(pFile);
         return false;
     }
     zs.next_out = pOut;
@@ -105,12 +116,12 @@ bool InflateWhole(unzFile archive, const pind::detail::ZipEntry& entry, unsigned
     int nResult = Z_OK;
     while (nResult == Z_OK) {
         if (zs.avail_in == 0) {
-            const auto nAsk = static_cast<unsigned>(nLeft < sizeof in ? nLeft : sizeof in);
-            const int nRead = nAsk > 0 ? unzReadCurrentFile(archive, in, nAsk) : 0;
-            if (nRead <= 0) {
+            const size_t nAsk = nLeft < sizeof in ? static_cast<size_t>(nLeft) : sizeof in;
+            const size_t nRead = nAsk > 0 ? std::fread(in, 1, nAsk, pFile) : 0;
+            if (nRead == 0) {
                 break;
             }
-            nLeft -= static_cast<uint64_t>(nRead);
+            nLeft -= nRead;
             zs.next_in = in;
             zs.avail_in = static_cast<uInt>(nRead);
         }
@@ -118,8 +129,8 @@ bool InflateWhole(unzFile archive, const pind::detail::ZipEntry& entry, unsigned
     }
     const bool bWhole = nResult == Z_STREAM_END && zs.total_out == nSize;
     inflateEnd(&zs);
-    unzCloseCurrentFile(archive);
-    return bWhole && crc32(0, pOut, static_cast<uInt>(nSize)) == entry.nCrc;
+    std::fclose(pFile);
+    return bWhole;
 }
 
 }  // namespace
@@ -198,7 +209,7 @@ unsigned int CMyZipOperator::ReadFirstFile(const char* pszZipPath, unsigned char
     bool bFailed = false;
     size_t nTotal = 0;
     if (entry.nMethod == Z_DEFLATED && nDeclared > 0 &&
-        InflateWhole(archive, entry, pOut, static_cast<size_t>(nDeclared))) {
+        InflateWhole(archive, pszZipPath, entry, pOut, static_cast<size_t>(nDeclared))) {
         nTotal = static_cast<size_t>(nDeclared);
     } else if (unzOpenCurrentFile(archive) == UNZ_OK) {
         nTotal = ReadSpans(archive, out, &bFailed);

@@ -71,19 +71,23 @@ constexpr unsigned kBlock = 16;
 constexpr unsigned kBlock = 8;
 #endif
 
-bool BlockReadable(const unsigned char* p) {
-    return (reinterpret_cast<uintptr_t>(p) & (kPageSize - 1)) <= kPageSize - kBlock;
+// Whole blocks both texts can be read in before either reaches the end of its page.
+size_t SafeBlocks(const unsigned char* a, const unsigned char* b) {
+    const uintptr_t nLeftA = kPageSize - (reinterpret_cast<uintptr_t>(a) & (kPageSize - 1));
+    const uintptr_t nLeftB = kPageSize - (reinterpret_cast<uintptr_t>(b) & (kPageSize - 1));
+    return (nLeftA < nLeftB ? nLeftA : nLeftB) / kBlock;
 }
 
 #if defined(__SSE2__) || defined(_M_X64)
-__m128i LowerBlock(__m128i x) {
-    const __m128i upper = _mm_and_si128(_mm_cmpgt_epi8(x, _mm_set1_epi8('A' - 1)),
-                                        _mm_cmplt_epi8(x, _mm_set1_epi8('Z' + 1)));
+// 'A'..'Z' moved to the bottom of the signed range is one compare.
+inline __m128i LowerBlock(__m128i x) {
+    const __m128i shifted = _mm_add_epi8(x, _mm_set1_epi8(static_cast<char>(0x80 - 'A')));
+    const __m128i upper = _mm_cmplt_epi8(shifted, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
     return _mm_add_epi8(x, _mm_and_si128(upper, _mm_set1_epi8('a' - 'A')));
 }
 
 // Index of the first byte where the blocks differ after case mapping or `a` ends; kBlock if none.
-PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
+inline PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
     const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
     const __m128i same = _mm_cmpeq_epi8(LowerBlock(x), LowerBlock(y));
@@ -102,7 +106,7 @@ uint64_t LowerBlock(uint64_t x) {
     return x | ((atLeastA & ~aboveZ & ~x & kHighs) >> 2);
 }
 
-PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
+inline PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
     uint64_t x = 0;
     uint64_t y = 0;
     std::memcpy(&x, a, sizeof x);
@@ -141,21 +145,20 @@ int Ui64toaS(uint64_t value, char* buffer, size_t size, int radix) {
     return ToText(value, false, buffer, size, radix);
 }
 
-int Stricmp(const char* lhs, const char* rhs) {
+PIND_NO_SANITIZE_ADDRESS int Stricmp(const char* lhs, const char* rhs) {
     if (lhs == nullptr || rhs == nullptr) {
         return kNlsCompareError;
     }
     const auto* a = reinterpret_cast<const unsigned char*>(lhs);
     const auto* b = reinterpret_cast<const unsigned char*>(rhs);
     for (;;) {
-        if (BlockReadable(a) && BlockReadable(b)) {
+        for (size_t nBlocks = SafeBlocks(a, b); nBlocks > 0; --nBlocks) {
             const unsigned nStop = FirstStop(a, b);
-            if (nStop == kBlock) {
-                a += kBlock;
-                b += kBlock;
-                continue;
+            if (nStop != kBlock) {
+                return Lower(a[nStop]) - Lower(b[nStop]);
             }
-            return Lower(a[nStop]) - Lower(b[nStop]);
+            a += kBlock;
+            b += kBlock;
         }
         const int f = Lower(*a++);
         const int l = Lower(*b++);
@@ -165,26 +168,35 @@ int Stricmp(const char* lhs, const char* rhs) {
     }
 }
 
-int Strnicmp(const char* lhs, const char* rhs, size_t count) {
+PIND_NO_SANITIZE_ADDRESS int Strnicmp(const char* lhs, const char* rhs, size_t count) {
     if (lhs == nullptr || rhs == nullptr) {
         return kNlsCompareError;
     }
     const auto* a = reinterpret_cast<const unsigned char*>(lhs);
     const auto* b = reinterpret_cast<const unsigned char*>(rhs);
-    for (; count > 0; --count) {
-        if (count >= kBlock && BlockReadable(a) && BlockReadable(b)) {
+    while (count > 0) {
+        size_t nBlocks = SafeBlocks(a, b);
+        nBlocks = nBlocks < count / kBlock ? nBlocks : count / kBlock;
+        for (; nBlocks > 0; --nBlocks) {
             const unsigned nStop = FirstStop(a, b);
-            if (nStop == kBlock) {
-                a += kBlock;
-                b += kBlock;
-                count -= kBlock - 1;
-                continue;
+            if (nStop != kBlock) {
+                return Lower(a[nStop]) - Lower(b[nStop]);
             }
-            return Lower(a[nStop]) - Lower(b[nStop]);
+            a += kBlock;
+            b += kBlock;
+            count -= kBlock;
+        }
+        if (count == 0) {
+            return 0;
+        }
+        if (count < kBlock && SafeBlocks(a, b) > 0) {
+            // The last few bytes in one block; what lies beyond `count` is ignored.
+            const unsigned nStop = FirstStop(a, b);
+            return nStop < count ? Lower(a[nStop]) - Lower(b[nStop]) : 0;
         }
         const int f = Lower(*a++);
         const int l = Lower(*b++);
-        if (count == 1 || f == 0 || f != l) {
+        if (--count == 0 || f == 0 || f != l) {
             return f - l;
         }
     }
