@@ -219,6 +219,7 @@ TEST_F(Zip, Zip64SizesComeFromTheExtraField) {
         {"deflated", Zip64Archive("a.txt", Pattern(100000), true), Pattern(100000)},
     };
     // The common zip tool's own output as well, where it is installed.
+#ifndef _WIN32
     if (std::system("zip -v >/dev/null 2>&1") == 0) {
         m_dir.Write("in/a.txt", Pattern(70000));
         const std::string cmd = "cd '" + m_dir.File("in") + "' && zip -q -fz ../tool.zip a.txt";
@@ -226,6 +227,7 @@ TEST_F(Zip, Zip64SizesComeFromTheExtraField) {
             cases.push_back({"zip -fz", m_dir.Read("tool.zip"), Pattern(70000)});
         }
     }
+#endif
     for (const Case& c : cases) {
         const std::string path = m_dir.Write("z64.zip", c.archive);
         CMyZipOperator zip;
