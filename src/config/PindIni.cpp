@@ -101,13 +101,13 @@ bool ReadRecord(CPackFile* pFile, char* pszLine, size_t nCapacity, const char* p
 }  // namespace
 
 // Open addressing over every (section, key) pair of the section index, each slot pointing at the
-// value string inside the maps; the pair's names are kept beside it, so a look-up reads one slot
-// and one short run of bytes.
+// text of the value string inside the maps (stable while the maps are unchanged); the pair's names
+// are kept beside it, so a look-up reads one slot and one short run of bytes.
 struct CPindIni::LookupIndex {
     struct Slot {
         uint32_t nHash;
-        uint32_t nNames;  // offset of "section\0key\0" in `names`
-        const std::string* pValue;
+        uint32_t nNames;       // offset of "section\0key\0" in `names`
+        const char* pszValue;  // the value's text, read without touching its map node
     };
     std::vector<Slot> slots;
     size_t nMask = 0;
@@ -148,29 +148,29 @@ struct CPindIni::LookupIndex {
                 const uint64_t h =
                     PairHash(strSection.data(), strSection.size(), strKey.data(), strKey.size());
                 size_t i = h & nMask;
-                while (slots[i].pValue != nullptr) {
+                while (slots[i].pszValue != nullptr) {
                     i = (i + 1) & nMask;
                 }
                 slots[i] = Slot{static_cast<uint32_t>(h >> 32), static_cast<uint32_t>(names.size()),
-                                &strValue};
+                                strValue.c_str()};
                 names.append(strSection.c_str(), strSection.size() + 1);
                 names.append(strKey.c_str(), strKey.size() + 1);
             }
         }
     }
 
-    // The value, or null when the pair is not in the index.
-    const std::string* Find(const char* pszSection, const char* pszKey) const {
+    // The value's text, or null when the pair is not in the index.
+    const char* Find(const char* pszSection, const char* pszKey) const {
         const size_t nSection = std::strlen(pszSection);
         const size_t nKey = std::strlen(pszKey);
         const uint64_t h = PairHash(pszSection, nSection, pszKey, nKey);
-        for (size_t i = h & nMask; slots[i].pValue != nullptr; i = (i + 1) & nMask) {
+        for (size_t i = h & nMask; slots[i].pszValue != nullptr; i = (i + 1) & nMask) {
             const Slot& slot = slots[i];
             if (slot.nHash == static_cast<uint32_t>(h >> 32)) {
                 const char* pNames = names.data() + slot.nNames;
                 if (std::memcmp(pNames, pszSection, nSection + 1) == 0 &&
                     std::memcmp(pNames + nSection + 1, pszKey, nKey + 1) == 0) {
-                    return slot.pValue;
+                    return slot.pszValue;
                 }
             }
         }
@@ -439,7 +439,7 @@ void CPindIni::DropIndex() {
     m_bTablesOut.store(false, std::memory_order_relaxed);
 }
 
-const std::string* CPindIni::IndexedLookup(const char* pszSection, const char* pszKey) const {
+const char* CPindIni::IndexedLookup(const char* pszSection, const char* pszKey) const {
     // Small readers answer from the maps in cache; a large one pays for the index once it has been
     // asked often enough that the index will pay back.
     constexpr size_t kIndexMinSections = 16;
@@ -490,15 +490,15 @@ void CPindIni::ReportKey(const char* pszSection, const char* pszKey) const {
     }
 }
 
-const std::string* CPindIni::Lookup(const char* pszSection, const char* pszKey, int nLine) const {
+const char* CPindIni::Lookup(const char* pszSection, const char* pszKey, int nLine) const {
     if (pszSection == nullptr || pszKey == nullptr) {
         if (nLine > 0) {
             pind::ReportIfNot("pszSection && pszIndex", kSourceName, nLine);
         }
         return nullptr;
     }
-    if (const std::string* pValue = IndexedLookup(pszSection, pszKey)) {
-        return pValue;
+    if (const char* pszValue = IndexedLookup(pszSection, pszKey)) {
+        return pszValue;
     }
     const auto itSection = m_mapSections.find(std::string_view(pszSection));
     if (itSection == m_mapSections.end() || itSection->second == nullptr) {
@@ -510,35 +510,35 @@ const std::string* CPindIni::Lookup(const char* pszSection, const char* pszKey, 
         ReportKey(pszSection, pszKey);
         return nullptr;
     }
-    return &itKey->second;
+    return itKey->second.c_str();
 }
 
 const char* CPindIni::GetString(const char* pszSection, const char* pszKey,
                                 const char* pszDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, kLineGetString);
-    return pValue != nullptr ? pValue->c_str() : pszDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetString);
+    return pszValue != nullptr ? pszValue : pszDefault;
 }
 
 int CPindIni::GetInt(const char* pszSection, const char* pszKey, int nDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, kLineGetInt);
-    return pValue != nullptr ? std::atoi(pValue->c_str()) : nDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetInt);
+    return pszValue != nullptr ? std::atoi(pszValue) : nDefault;
 }
 
 unsigned CPindIni::GetUInt(const char* pszSection, const char* pszKey, unsigned uDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, kLineGetUInt);
-    return pValue != nullptr ? static_cast<unsigned>(std::strtoul(pValue->c_str(), nullptr, 10))
-                             : uDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetUInt);
+    return pszValue != nullptr ? static_cast<unsigned>(std::strtoul(pszValue, nullptr, 10))
+                               : uDefault;
 }
 
 int64_t CPindIni::GetInt64(const char* pszSection, const char* pszKey, int64_t nDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, kLineGetInt64);
-    return pValue != nullptr ? pind::platform::Atoi64(pValue->c_str()) : nDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetInt64);
+    return pszValue != nullptr ? pind::platform::Atoi64(pszValue) : nDefault;
 }
 
 double CPindIni::GetDouble(const char* pszSection, const char* pszKey, double dDefault) const {
     // No precondition line of its own: a null argument is a silent miss.
-    const std::string* pValue = Lookup(pszSection, pszKey, kLineNoLookupLine);
-    return pValue != nullptr ? std::atof(pValue->c_str()) : dDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineNoLookupLine);
+    return pszValue != nullptr ? std::atof(pszValue) : dDefault;
 }
 
 CPindIni::KeyTable* CPindIni::GetSection(const char* pszSection) const {

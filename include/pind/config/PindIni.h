@@ -138,8 +138,8 @@ private:
     struct LookupIndex;
 
     bool LoadFrom(CPackFile* pFile, const char* pszKey);
-    const std::string* Lookup(const char* pszSection, const char* pszKey, int nLine) const;
-    const std::string* IndexedLookup(const char* pszSection, const char* pszKey) const;
+    const char* Lookup(const char* pszSection, const char* pszKey, int nLine) const;
+    const char* IndexedLookup(const char* pszSection, const char* pszKey) const;
     void DropIndex();
     void AdoptSection(const std::string& strName, KeyTable* pKeys);
     void CopyFrom(const CPindIni& other);
