@@ -1,8 +1,10 @@
 #include "pind/config/PindIni.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -18,6 +20,23 @@ constexpr size_t kPlainLineCapacity = 2048;
 constexpr size_t kScrambledLineCapacity = 1024;
 constexpr const char* kKeyedShortRead = "nLen == fread(szLine, sizeof(char), nLen, fp)";
 constexpr const char* kScrambledShortRead = "nLen == fread(szLine, sizeof(BYTE), nLen, fp)";
+
+// The line numbers the client's reports give for each check; logs are matched against them.
+enum ReportLine : int {
+    kLineNoLookupLine = 0,  // GetDouble: a null argument is a silent miss
+    kLineCurrentValue = 71,
+    kLineLoadName = 278,
+    kLineKeyedShortRead = 302,
+    kLineScrambledName = 414,
+    kLineScrambledShortRead = 462,
+    kLineGetInt = 555,
+    kLineGetUInt = 582,
+    kLineGetInt64 = 641,
+    kLineGetString = 668,
+    kLineCreateName = 726,
+    kLineCreateAlloc = 730,
+    kLineSetValue = 898,
+};
 
 // First bytes that never start a key line.
 bool IsKeyLineStart(char c) {
@@ -38,7 +57,7 @@ bool IsKeyLineStart(char c) {
 
 CPackFile* OpenThroughClient(const char* pszName, const char* pszMode, bool bFlag, bool bExtended) {
     IPindClient* pClient = GetClient();
-    return bExtended ? pClient->OpenFileEx(pszName, pszMode, bFlag, true)
+    return bExtended ? pClient->OpenFileEx(pszName, pszMode, bFlag, /*extended=*/true)
                      : pClient->OpenFile(pszName, pszMode, bFlag);
 }
 
@@ -81,6 +100,84 @@ bool ReadRecord(CPackFile* pFile, char* pszLine, size_t nCapacity, const char* p
 
 }  // namespace
 
+// Open addressing over every (section, key) pair of the section index, each slot pointing at the
+// text of the value string inside the maps (stable while the maps are unchanged); the pair's names
+// are kept beside it, so a look-up reads one slot and one short run of bytes.
+struct CPindIni::LookupIndex {
+    struct Slot {
+        uint32_t nHash;
+        uint32_t nNames;       // offset of "section\0key\0" in `names`
+        const char* pszValue;  // the value's text, read without touching its map node
+    };
+    std::vector<Slot> slots;
+    size_t nMask = 0;
+    std::string names;
+
+    static uint64_t Hash(const char* p, size_t n, uint64_t h) {
+        for (; n >= 8; p += 8, n -= 8) {
+            uint64_t w;
+            std::memcpy(&w, p, 8);
+            h = (h ^ w) * 0x9E3779B97F4A7C15ull;
+            h ^= h >> 29;
+        }
+        uint64_t w = 0;
+        std::memcpy(&w, p, n);
+        h = (h ^ w ^ (uint64_t{n} << 59)) * 0x9E3779B97F4A7C15ull;
+        return h ^ (h >> 32);
+    }
+    static uint64_t PairHash(const char* pSection, size_t nSection, const char* pKey, size_t nKey) {
+        return Hash(pKey, nKey, Hash(pSection, nSection, 0x243F6A8885A308D3ull));
+    }
+
+    explicit LookupIndex(const SectionIndex& sections) {
+        size_t nPairs = 0;
+        for (const auto& entry : sections) {
+            nPairs += entry.second != nullptr ? entry.second->size() : 0;
+        }
+        size_t nSlots = 16;
+        while (nSlots < nPairs * 2) {
+            nSlots *= 2;
+        }
+        slots.assign(nSlots, Slot{0, 0, nullptr});
+        nMask = nSlots - 1;
+        for (const auto& [strSection, pKeys] : sections) {
+            if (pKeys == nullptr) {
+                continue;
+            }
+            for (const auto& [strKey, strValue] : *pKeys) {
+                const uint64_t h =
+                    PairHash(strSection.data(), strSection.size(), strKey.data(), strKey.size());
+                size_t i = h & nMask;
+                while (slots[i].pszValue != nullptr) {
+                    i = (i + 1) & nMask;
+                }
+                slots[i] = Slot{static_cast<uint32_t>(h >> 32), static_cast<uint32_t>(names.size()),
+                                strValue.c_str()};
+                names.append(strSection.c_str(), strSection.size() + 1);
+                names.append(strKey.c_str(), strKey.size() + 1);
+            }
+        }
+    }
+
+    // The value's text, or null when the pair is not in the index.
+    const char* Find(const char* pszSection, const char* pszKey) const {
+        const size_t nSection = std::strlen(pszSection);
+        const size_t nKey = std::strlen(pszKey);
+        const uint64_t h = PairHash(pszSection, nSection, pszKey, nKey);
+        for (size_t i = h & nMask; slots[i].pszValue != nullptr; i = (i + 1) & nMask) {
+            const Slot& slot = slots[i];
+            if (slot.nHash == static_cast<uint32_t>(h >> 32)) {
+                const char* pNames = names.data() + slot.nNames;
+                if (std::memcmp(pNames, pszSection, nSection + 1) == 0 &&
+                    std::memcmp(pNames + nSection + 1, pszKey, nKey + 1) == 0) {
+                    return slot.pszValue;
+                }
+            }
+        }
+        return nullptr;
+    }
+};
+
 // The line rules shared by the three forms: comments, headers, key lines and the duplicates.
 struct CPindIni::Parser {
     CPindIni& ini;
@@ -96,19 +193,19 @@ struct CPindIni::Parser {
         pKeys.reset();
     }
 
-    // `pszLine` holds `n` bytes before its first zero; the byte at n is zero.
-    void Line(char* pszLine, size_t n) {
-        if (n < 3 || pszLine[0] == ';' || (pszLine[0] == '/' && pszLine[1] == '/')) {
+    // `pLine` holds the `n` bytes of one line's text (none of them zero).
+    void Line(const char* pLine, size_t n) {
+        if (n < 3 || pLine[0] == ';' || (pLine[0] == '/' && pLine[1] == '/')) {
             return;
         }
-        if (pszLine[n - 1] == '\n') {
-            pszLine[--n] = '\0';
+        if (pLine[n - 1] == '\n') {
+            --n;
         }
-        if (pszLine[0] == '[') {
+        if (pLine[0] == '[') {
             for (size_t i = n - 1; i >= 1; --i) {
-                if (pszLine[i] == ']') {
+                if (pLine[i] == ']') {
                     Commit();
-                    strSection.assign(pszLine + 1, i - 1);
+                    strSection.assign(pLine + 1, i - 1);
                     if (bTableOnHeader) {
                         pKeys = std::make_unique<KeyTable>();
                     }
@@ -116,32 +213,67 @@ struct CPindIni::Parser {
                 }
             }
         }
-        if (strSection.empty() || n < 3 || !IsKeyLineStart(pszLine[0])) {
+        if (strSection.empty() || n < 3 || !IsKeyLineStart(pLine[0])) {
             return;
         }
-        const char* pszEq = static_cast<const char*>(std::memchr(pszLine, '=', n));
-        if (pszEq == nullptr) {
+        const char* const pEnd = pLine + n;
+        const char* pEq = static_cast<const char*>(std::memchr(pLine, '=', n));
+        if (pEq == nullptr) {
             return;
         }
-        const char* pszKeyEnd = pszEq;
-        while (pszKeyEnd > pszLine && pszKeyEnd[-1] == '\t') {
-            --pszKeyEnd;
+        const char* pKeyEnd = pEq;
+        while (pKeyEnd > pLine && pKeyEnd[-1] == '\t') {
+            --pKeyEnd;
         }
-        const char* pszValue = pszEq + 1;
-        while (*pszValue == '\t') {
-            ++pszValue;
+        const char* pValue = pEq + 1;
+        while (pValue < pEnd && *pValue == '\t') {
+            ++pValue;
         }
-        const char* pszValueEnd = pszValue;
-        while (*pszValueEnd != '\0' && *pszValueEnd != '\t' && *pszValueEnd != '\n' &&
-               *pszValueEnd != '\r') {
-            ++pszValueEnd;
+        const char* pValueEnd = pValue;
+        while (pValueEnd < pEnd && *pValueEnd != '\t' && *pValueEnd != '\n' && *pValueEnd != '\r') {
+            ++pValueEnd;
         }
         if (!pKeys) {
             pKeys = std::make_unique<KeyTable>();
         }
-        auto it = pKeys->try_emplace(std::string(pszLine, static_cast<size_t>(pszKeyEnd - pszLine)))
-                      .first;
-        it->second.assign(pszValue, pszValueEnd);
+        const std::string_view key(pLine, static_cast<size_t>(pKeyEnd - pLine));
+        // Files mostly list keys in order: appending then needs no search.
+        auto it = pKeys->end();
+        if (!pKeys->empty() && std::prev(it)->first < key) {
+            it = pKeys->emplace_hint(it, key, std::string());
+        } else {
+            it = pKeys->lower_bound(key);
+            if (it == pKeys->end() || it->first != key) {
+                it = pKeys->emplace_hint(it, key, std::string());
+            }
+        }
+        it->second.assign(pValue, pValueEnd);
+    }
+
+    // The plain form straight from a file held in memory, line by line as PackFGets would give
+    // it with a 2048-byte buffer, up to the first 0x00 or 0xFF byte; the rest is left to PackFGets.
+    void PlainLines(CPackFile* pFile) {
+        const char* const pData = reinterpret_cast<const char*>(pFile->GetData());
+        const uint32_t uPlain = pFile->GetPlainSize();
+        uint32_t uPos = pFile->GetPos();
+        while (uPos < uPlain) {
+            const size_t nWindow = std::min<size_t>(uPlain - uPos, kPlainLineCapacity - 1);
+            const char* const pLine = pData + uPos;
+            const void* pNewline = std::memchr(pLine, '\n', nWindow);
+            size_t nLen = pNewline != nullptr
+                              ? static_cast<size_t>(static_cast<const char*>(pNewline) - pLine) + 1
+                              : nWindow;
+            if (pNewline == nullptr && nWindow < kPlainLineCapacity - 1) {
+                break;  // the line runs into the special byte or the end: PackFGets decides
+            }
+            uPos += static_cast<uint32_t>(nLen);
+            // PackFGets cuts a "\r\n" ending (or a window ending in '\r' and one byte).
+            if (nLen >= 3 && pLine[nLen - 2] == '\r') {
+                nLen -= 2;
+            }
+            Line(pLine, nLen);
+        }
+        pFile->SetPos(uPos);
     }
 };
 
@@ -150,7 +282,7 @@ CPindIni::CPindIni() = default;
 CPindIni::CPindIni(bool bReportMissing) : m_bReportMissing(bReportMissing) {}
 
 CPindIni::CPindIni(const char* pszIniFile, bool bReportMissing) : m_bReportMissing(bReportMissing) {
-    Load(pszIniFile, nullptr, false);
+    Load(pszIniFile, /*pszKey=*/nullptr, /*bUseExtendedOpen=*/false);
     m_strFileName = pszIniFile != nullptr ? pszIniFile : "";
 }
 
@@ -192,15 +324,15 @@ void CPindIni::CopyFrom(const CPindIni& other) {
 
 CPindIni* CPindIni::Create(const char* pszIniFile, bool bReportMissing, const char* pszKey) {
     if (pszIniFile == nullptr) {
-        pind::ReportIfNot("pszIniFile", kSourceName, 726);
+        pind::ReportIfNot("pszIniFile", kSourceName, kLineCreateName);
         return nullptr;
     }
     auto* pMyIni = new (std::nothrow) CPindIni(bReportMissing);
     if (pMyIni == nullptr) {
-        pind::ReportIfNot("pMyIni", kSourceName, 730);
+        pind::ReportIfNot("pMyIni", kSourceName, kLineCreateAlloc);
         return nullptr;
     }
-    if (!pMyIni->Load(pszIniFile, pszKey, false)) {
+    if (!pMyIni->Load(pszIniFile, pszKey, /*bUseExtendedOpen=*/false)) {
         delete pMyIni;
         return nullptr;
     }
@@ -210,15 +342,15 @@ CPindIni* CPindIni::Create(const char* pszIniFile, bool bReportMissing, const ch
 bool CPindIni::Load(const char* pszIniFile, const char* pszKey, bool bUseExtendedOpen) {
     if (pszIniFile == nullptr) {
         if (m_pWriteFile == nullptr) {
-            pind::ReportIfNot("pszIniFile", kSourceName, 278);
+            pind::ReportIfNot("pszIniFile", kSourceName, kLineLoadName);
             return false;
         }
         Clear();
         return LoadFrom(m_pWriteFile, pszKey);
     }
     m_strFileName = pszIniFile;
-    CPackFile* pFile =
-        OpenThroughClient(pszIniFile, pszKey != nullptr ? "rb" : "r", true, bUseExtendedOpen);
+    CPackFile* pFile = OpenThroughClient(pszIniFile, pszKey != nullptr ? "rb" : "r", /*bFlag=*/true,
+                                         bUseExtendedOpen);
     Clear();
     if (pFile == nullptr) {
         return false;
@@ -229,23 +361,26 @@ bool CPindIni::Load(const char* pszIniFile, const char* pszKey, bool bUseExtende
 }
 
 bool CPindIni::LoadEx(const char* pszIniFile, const char* pszKey, bool) {
-    return Load(pszIniFile, pszKey, true);
+    return Load(pszIniFile, pszKey, /*bUseExtendedOpen=*/true);
 }
 
 bool CPindIni::LoadFrom(CPackFile* pFile, const char* pszKey) {
     PackFSeek(pFile, 0, SEEK_SET);
-    Parser parser{*this, false, std::string(), nullptr};
+    Parser parser{*this, /*bTableOnHeader=*/false, std::string(), nullptr};
     // One spare byte past the buffer stays zero, so a full buffer still ends in a terminator.
     char szLine[kPlainLineCapacity + 1];
     szLine[kPlainLineCapacity] = '\0';
     if (pszKey == nullptr) {
+        if (!pFile->IsDiskMode()) {
+            parser.PlainLines(pFile);
+        }
         while (PackFGets(szLine, static_cast<int>(kPlainLineCapacity), pFile) != nullptr) {
             parser.Line(szLine, std::strlen(szLine));
         }
     } else {
         const size_t nKeyLen = std::strlen(pszKey);
-        while (
-            ReadRecord(pFile, szLine, kPlainLineCapacity, pszKey, nKeyLen, kKeyedShortRead, 302)) {
+        while (ReadRecord(pFile, szLine, kPlainLineCapacity, pszKey, nKeyLen, kKeyedShortRead,
+                          kLineKeyedShortRead)) {
             parser.Line(szLine, std::strlen(szLine));
         }
     }
@@ -255,12 +390,12 @@ bool CPindIni::LoadFrom(CPackFile* pFile, const char* pszKey) {
 
 bool CPindIni::LoadScrambled(const char* pszIniFile) {
     if (pszIniFile == nullptr) {
-        pind::ReportIfNot("pszIniFile", kSourceName, 414);
+        pind::ReportIfNot("pszIniFile", kSourceName, kLineScrambledName);
         return false;
     }
     Clear();
     m_strFileName = pszIniFile;
-    CPackFile* pFile = GetClient()->OpenFile(pszIniFile, "rb", true);
+    CPackFile* pFile = GetClient()->OpenFile(pszIniFile, "rb", /*flag=*/true);
     if (pFile == nullptr) {
         return false;
     }
@@ -287,10 +422,10 @@ bool CPindIni::LoadScrambled(const char* pszIniFile) {
     }
     const size_t nEffective = std::strlen(strKey.c_str());
 
-    Parser parser{*this, true, std::string(), nullptr};
+    Parser parser{*this, /*bTableOnHeader=*/true, std::string(), nullptr};
     char szLine[kScrambledLineCapacity + 1];
     while (ReadRecord(pFile, szLine, kScrambledLineCapacity, strKey.c_str(), nEffective,
-                      kScrambledShortRead, 462)) {
+                      kScrambledShortRead, kLineScrambledShortRead)) {
         parser.Line(szLine, std::strlen(szLine));
     }
     parser.Commit();
@@ -298,7 +433,35 @@ bool CPindIni::LoadScrambled(const char* pszIniFile) {
     return true;
 }
 
+void CPindIni::DropIndex() {
+    delete m_pIndex.exchange(nullptr);
+    m_nLookups.store(0, std::memory_order_relaxed);
+    m_bTablesOut.store(false, std::memory_order_relaxed);
+}
+
+const char* CPindIni::IndexedLookup(const char* pszSection, const char* pszKey) const {
+    // Small readers answer from the maps in cache; a large one pays for the index once it has been
+    // asked often enough that the index will pay back.
+    constexpr size_t kIndexMinSections = 16;
+    constexpr uint32_t kIndexAfterLookups = 256;
+    if (m_bTablesOut.load(std::memory_order_relaxed)) {
+        return nullptr;
+    }
+    const LookupIndex* pIndex = m_pIndex.load(std::memory_order_acquire);
+    if (pIndex == nullptr) {
+        // Exactly one caller sees the count reach the mark and builds; the others use the maps.
+        if (m_mapSections.size() < kIndexMinSections ||
+            m_nLookups.fetch_add(1, std::memory_order_relaxed) + 1 != kIndexAfterLookups) {
+            return nullptr;
+        }
+        pIndex = new LookupIndex(m_mapSections);
+        m_pIndex.store(pIndex, std::memory_order_release);
+    }
+    return pIndex->Find(pszSection, pszKey);
+}
+
 void CPindIni::AdoptSection(const std::string& strName, KeyTable* pKeys) {
+    DropIndex();
     m_mapSections.insert_or_assign(strName, pKeys);
     m_vecSections.push_back(new SectionRecord{strName, pKeys});
 }
@@ -311,6 +474,7 @@ void CPindIni::Clear() {
     m_vecSections.clear();
     m_mapSections.clear();
     m_nCursor = 0;
+    DropIndex();
 }
 
 void CPindIni::ReportSection(const char* pszSection) const {
@@ -326,12 +490,15 @@ void CPindIni::ReportKey(const char* pszSection, const char* pszKey) const {
     }
 }
 
-const std::string* CPindIni::Lookup(const char* pszSection, const char* pszKey, int nLine) const {
+const char* CPindIni::Lookup(const char* pszSection, const char* pszKey, int nLine) const {
     if (pszSection == nullptr || pszKey == nullptr) {
         if (nLine > 0) {
             pind::ReportIfNot("pszSection && pszIndex", kSourceName, nLine);
         }
         return nullptr;
+    }
+    if (const char* pszValue = IndexedLookup(pszSection, pszKey)) {
+        return pszValue;
     }
     const auto itSection = m_mapSections.find(std::string_view(pszSection));
     if (itSection == m_mapSections.end() || itSection->second == nullptr) {
@@ -343,35 +510,35 @@ const std::string* CPindIni::Lookup(const char* pszSection, const char* pszKey, 
         ReportKey(pszSection, pszKey);
         return nullptr;
     }
-    return &itKey->second;
+    return itKey->second.c_str();
 }
 
 const char* CPindIni::GetString(const char* pszSection, const char* pszKey,
                                 const char* pszDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, 668);
-    return pValue != nullptr ? pValue->c_str() : pszDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetString);
+    return pszValue != nullptr ? pszValue : pszDefault;
 }
 
 int CPindIni::GetInt(const char* pszSection, const char* pszKey, int nDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, 555);
-    return pValue != nullptr ? std::atoi(pValue->c_str()) : nDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetInt);
+    return pszValue != nullptr ? std::atoi(pszValue) : nDefault;
 }
 
 unsigned CPindIni::GetUInt(const char* pszSection, const char* pszKey, unsigned uDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, 582);
-    return pValue != nullptr ? static_cast<unsigned>(std::strtoul(pValue->c_str(), nullptr, 10))
-                             : uDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetUInt);
+    return pszValue != nullptr ? static_cast<unsigned>(std::strtoul(pszValue, nullptr, 10))
+                               : uDefault;
 }
 
 int64_t CPindIni::GetInt64(const char* pszSection, const char* pszKey, int64_t nDefault) const {
-    const std::string* pValue = Lookup(pszSection, pszKey, 641);
-    return pValue != nullptr ? pind::platform::Atoi64(pValue->c_str()) : nDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineGetInt64);
+    return pszValue != nullptr ? pind::platform::Atoi64(pszValue) : nDefault;
 }
 
 double CPindIni::GetDouble(const char* pszSection, const char* pszKey, double dDefault) const {
     // No precondition line of its own: a null argument is a silent miss.
-    const std::string* pValue = Lookup(pszSection, pszKey, 0);
-    return pValue != nullptr ? std::atof(pValue->c_str()) : dDefault;
+    const char* pszValue = Lookup(pszSection, pszKey, kLineNoLookupLine);
+    return pszValue != nullptr ? std::atof(pszValue) : dDefault;
 }
 
 CPindIni::KeyTable* CPindIni::GetSection(const char* pszSection) const {
@@ -383,6 +550,7 @@ CPindIni::KeyTable* CPindIni::GetSection(const char* pszSection) const {
         ReportSection(pszSection);
         return nullptr;
     }
+    m_bTablesOut.store(true, std::memory_order_relaxed);
     return it->second;
 }
 
@@ -469,18 +637,27 @@ const char* CPindIni::GetCurrentSectionName() const {
 }
 
 CPindIni::SectionRecord* CPindIni::GetCurrentSection() const {
-    return m_nCursor < m_vecSections.size() ? m_vecSections[m_nCursor] : nullptr;
+    if (m_nCursor >= m_vecSections.size()) {
+        return nullptr;
+    }
+    m_bTablesOut.store(true, std::memory_order_relaxed);
+    return m_vecSections[m_nCursor];
+}
+
+const CPindIni::SectionList& CPindIni::GetSections() const {
+    m_bTablesOut.store(true, std::memory_order_relaxed);
+    return m_vecSections;
 }
 
 const char* CPindIni::GetCurrentValue(const char* pszKey) const {
     if (pszKey == nullptr) {
-        pind::ReportIfNot("pszIndex", kSourceName, 71);
+        pind::ReportIfNot("pszIndex", kSourceName, kLineCurrentValue);
         return "";
     }
-    const SectionRecord* pRecord = GetCurrentSection();
-    if (pRecord == nullptr) {
+    if (m_nCursor >= m_vecSections.size()) {
         return "";
     }
+    const SectionRecord* pRecord = m_vecSections[m_nCursor];
     const char* pszValue = TableGetString(pRecord->pKeys, pszKey);
     if (pszValue == nullptr) {
         ReportKey(pRecord->strName.c_str(), pszKey);
@@ -495,7 +672,7 @@ bool CPindIni::OpenForWrite(const char* pszIniFile, bool bUseExtendedOpen) {
     if (pszIniFile == nullptr) {
         return false;
     }
-    m_pWriteFile = OpenThroughClient(pszIniFile, "wb", false, bUseExtendedOpen);
+    m_pWriteFile = OpenThroughClient(pszIniFile, "wb", /*bFlag=*/false, bUseExtendedOpen);
     return m_pWriteFile != nullptr;
 }
 
@@ -537,12 +714,12 @@ void CPindIni::WriteNewLine() { Write("\n"); }
 
 bool CPindIni::SetValue(const char* pszIniFile, const char* pszSection, const char* pszKey,
                         const char* pszValue) {
-    return SetValue(pszIniFile, pszSection, pszKey, pszValue, true);
+    return SetValue(pszIniFile, pszSection, pszKey, pszValue, /*bUseExtendedOpen=*/true);
 }
 
 bool CPindIni::SetValue(const char* pszIniFile, const char* pszSection, const char* pszKey,
                         const char* pszValue, bool bUseExtendedOpen) {
-    if (!Load(pszIniFile, nullptr, bUseExtendedOpen)) {
+    if (!Load(pszIniFile, /*pszKey=*/nullptr, bUseExtendedOpen)) {
         if (OpenForWrite(pszIniFile, bUseExtendedOpen)) {
             WriteSection(pszSection);
             WriteKey(pszKey, pszValue);
@@ -551,12 +728,13 @@ bool CPindIni::SetValue(const char* pszIniFile, const char* pszSection, const ch
         return true;
     }
     if (pszSection == nullptr || pszKey == nullptr) {
-        pind::ReportIfNot("pszSection && pszKey", kSourceName, 898);
+        pind::ReportIfNot("pszSection && pszKey", kSourceName, kLineSetValue);
         return false;
     }
     if (*pszKey == '\0') {
         return false;
     }
+    DropIndex();
     const auto it = m_mapSections.find(std::string_view(pszSection));
     if (it == m_mapSections.end()) {
         auto* pKeys = new KeyTable();

@@ -1,13 +1,21 @@
 #include "pind/files/ZipOperator.h"
 
 #include <unzip.h>
+#include <zlib.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <new>
 
+#include "files/ZipEntry.h"
+#include "pind/platform/System.h"
+
 namespace {
+
+// The first entry's name is read into a 256-byte buffer; the name is not used.
+constexpr size_t kNameCapacity = 255;
 
 std::shared_ptr<unsigned char> AllocateZeroed(uint32_t nSize) {
     auto* p = static_cast<unsigned char*>(std::calloc(nSize, 1));
@@ -77,6 +85,54 @@ size_t ReadSpans(unzFile archive, const Output& out, bool* pFailed) {
     }
 }
 
+// The whole entry in one inflate stream over the output, its compressed bytes read straight from
+// the archive file: zlib then copies matches out of the output and never refills a window, and no
+// byte-wise copy or checksum of the compressed bytes is made. True only when the stream ends at
+// exactly `nSize` bytes, when the chunk rule would give the same bytes. No CRC-32 is checked: the
+// chunk rule serves an entry whatever its checksum, so checking would change nothing.
+bool InflateWhole(unzFile archive, const char* pszZipPath, const pind::detail::ZipEntry& entry,
+                  unsigned char* pOut, size_t nSize) {
+    int nMethod = 0;
+    int nLevel = 0;
+    if (unzOpenCurrentFile2(archive, &nMethod, &nLevel, /*raw=*/1) != UNZ_OK) {
+        return false;
+    }
+    const ZPOS64_T nStart = unzGetCurrentFileZStreamPos64(archive);
+    unzCloseCurrentFile(archive);
+    std::FILE* pFile = std::fopen(pszZipPath, "rb");
+    if (pFile == nullptr) {
+        return false;
+    }
+    z_stream zs{};
+    if (pind::platform::Seek64(pFile, static_cast<int64_t>(nStart), SEEK_SET) != 0 ||
+        inflateInit2(&zs, -MAX_WBITS) != Z_OK) {
+        std::fclose(pFile);
+        return false;
+    }
+    zs.next_out = pOut;
+    zs.avail_out = static_cast<uInt>(nSize);
+    unsigned char in[64 * 1024];
+    uint64_t nLeft = entry.nPacked;
+    int nResult = Z_OK;
+    while (nResult == Z_OK) {
+        if (zs.avail_in == 0) {
+            const size_t nAsk = nLeft < sizeof in ? static_cast<size_t>(nLeft) : sizeof in;
+            const size_t nRead = nAsk > 0 ? std::fread(in, 1, nAsk, pFile) : 0;
+            if (nRead == 0) {
+                break;
+            }
+            nLeft -= nRead;
+            zs.next_in = in;
+            zs.avail_in = static_cast<uInt>(nRead);
+        }
+        nResult = inflate(&zs, Z_NO_FLUSH);
+    }
+    const bool bWhole = nResult == Z_STREAM_END && zs.total_out == nSize;
+    inflateEnd(&zs);
+    std::fclose(pFile);
+    return bWhole;
+}
+
 }  // namespace
 
 CMyZipOperator::CMyZipOperator() { std::memset(m_chunk, 0, sizeof m_chunk); }
@@ -114,31 +170,29 @@ unsigned int CMyZipOperator::ReadFirstFile(const char* pszZipPath, unsigned char
     if (pszZipPath == nullptr || *pszZipPath == '\0') {
         return 0;
     }
-    unzFile archive = unzOpen(pszZipPath);
+    unzFile archive = unzOpen64(pszZipPath);
     if (archive == nullptr) {
         return 0;
     }
     ArchiveCloser closer{archive};
-    unz_global_info global;
-    if (ppData == nullptr || unzGetGlobalInfo(archive, &global) != UNZ_OK ||
+    unz_global_info64 global;
+    if (ppData == nullptr || unzGetGlobalInfo64(archive, &global) != UNZ_OK ||
         global.number_entry == 0) {
         return 0;
     }
-    unz_file_info info;
-    char szName[256];
-    if (unzGetCurrentFileInfo(archive, &info, szName, sizeof szName, nullptr, 0, nullptr, 0) !=
-        UNZ_OK) {
+    pind::detail::ZipEntry entry;
+    if (!pind::detail::ReadZipEntry(archive, kNameCapacity, &entry) ||
+        !pind::detail::IsPlainEntry(entry)) {
         return 0;
     }
-    const unsigned long nDeclared = info.uncompressed_size;
+    const uint64_t nDeclared = entry.nSize;
     // Deflate cannot expand data more than 1032-fold, and the compressed data lies within the
     // archive: a size beyond that is a lie no buffer should be grown for.
     std::error_code ec;
     const uint64_t nArchive = std::filesystem::file_size(pszZipPath, ec);
-    const uint64_t nPacked =
-        ec || info.compressed_size < nArchive ? info.compressed_size : nArchive;
+    const uint64_t nPacked = ec || entry.nPacked < nArchive ? entry.nPacked : nArchive;
     const uint64_t nReachable = nPacked * 1032 + 1024;
-    if (nDeclared > 0xFFFFFFFFul || nDeclared > nReachable) {
+    if (nDeclared > 0xFFFFFFFFu || nDeclared > nReachable) {
         return 0;
     }
     if (nDeclared > kInitialCapacity && nDeclared > m_nCapacity) {
@@ -151,13 +205,18 @@ unsigned int CMyZipOperator::ReadFirstFile(const char* pszZipPath, unsigned char
     }
     unsigned char* pOut = m_pBuffer.get();
     *ppData = pOut;
-    if (unzOpenCurrentFile(archive) != UNZ_OK) {
+    const Output out{pOut, m_nCapacity, m_chunk};
+    bool bFailed = false;
+    size_t nTotal = 0;
+    if (entry.nMethod == Z_DEFLATED && nDeclared > 0 &&
+        InflateWhole(archive, pszZipPath, entry, pOut, static_cast<size_t>(nDeclared))) {
+        nTotal = static_cast<size_t>(nDeclared);
+    } else if (unzOpenCurrentFile(archive) == UNZ_OK) {
+        nTotal = ReadSpans(archive, out, &bFailed);
+    } else {
         std::memset(pOut, 0, m_nCapacity);
         return 0;
     }
-    const Output out{pOut, m_nCapacity, m_chunk};
-    bool bFailed = false;
-    size_t nTotal = ReadSpans(archive, out, &bFailed);
     if (bFailed) {
         // Where a damaged entry stops depends on how its reads were cut: read it again from the
         // start, one chunk at a time.
@@ -168,4 +227,19 @@ unsigned int CMyZipOperator::ReadFirstFile(const char* pszZipPath, unsigned char
     std::memset(pOut + nTotal, 0, m_nCapacity - nTotal);
     unzCloseCurrentFile(archive);
     return static_cast<unsigned int>(nDeclared);
+}
+
+std::string CMyZipOperator::UnsupportedFirstEntry(const char* pszZipPath) {
+    unzFile archive = pszZipPath != nullptr ? unzOpen64(pszZipPath) : nullptr;
+    if (archive == nullptr) {
+        return std::string();
+    }
+    ArchiveCloser closer{archive};
+    pind::detail::ZipEntry entry;
+    unz_global_info64 global;
+    if (unzGetGlobalInfo64(archive, &global) != UNZ_OK || global.number_entry == 0 ||
+        !pind::detail::ReadZipEntry(archive, kNameCapacity, &entry)) {
+        return std::string();
+    }
+    return pind::detail::UnsupportedEntryReason(entry);
 }

@@ -6,35 +6,35 @@
 #include <map>
 
 #include "files/PackageFiles.h"
+#include "files/ZipEntry.h"
 
 namespace {
 
 constexpr size_t kReadChunk = 64 * 1024;
+constexpr size_t kNameCapacity = 1023;
 
 }  // namespace
 
 struct CZipPackage::Impl {
     unzFile archive = nullptr;
-    std::map<std::string, unz_file_pos> index;  // lower-cased joined name -> entry
-    std::vector<std::string> names;             // as stored, archive order
-    pind::platform::CriticalSection cs;         // guards the archive's current-entry state
+    std::map<std::string, unz64_file_pos> index;  // lower-cased joined name -> entry
+    std::vector<std::string> names;               // as stored, archive order
+    pind::platform::CriticalSection cs;           // guards the archive's current-entry state
 
     void BuildIndex() {
         for (int nAt = unzGoToFirstFile(archive); nAt == UNZ_OK; nAt = unzGoToNextFile(archive)) {
-            unz_file_info info;
-            char szName[1024];
-            if (unzGetCurrentFileInfo(archive, &info, szName, sizeof szName, nullptr, 0, nullptr,
-                                      0) != UNZ_OK) {
+            pind::detail::ZipEntry entry;
+            if (!pind::detail::ReadZipEntry(archive, kNameCapacity, &entry)) {
                 break;
             }
-            const std::string stored = szName;
+            const std::string& stored = entry.strName;
             std::vector<std::string> parts;
             if (stored.empty() || stored.back() == '/' || stored.back() == '\\' ||
-                !pind::detail::SplitPackName(szName, &parts)) {
+                !pind::detail::SplitPackName(stored.c_str(), &parts)) {
                 continue;
             }
-            unz_file_pos pos;
-            if (unzGetFilePos(archive, &pos) != UNZ_OK) {
+            unz64_file_pos pos;
+            if (unzGetFilePos64(archive, &pos) != UNZ_OK) {
                 break;
             }
             if (index.emplace(pind::detail::JoinPackName(parts), pos).second) {
@@ -43,7 +43,7 @@ struct CZipPackage::Impl {
         }
     }
 
-    const unz_file_pos* Find(const char* pszName) const {
+    const unz64_file_pos* Find(const char* pszName) const {
         std::vector<std::string> parts;
         if (!pind::detail::SplitPackName(pszName, &parts)) {
             return nullptr;
@@ -52,25 +52,30 @@ struct CZipPackage::Impl {
         return it != index.end() ? &it->second : nullptr;
     }
 
-    // Inflates the whole entry; false for a missing or damaged one (bad data or checksum).
-    bool Load(const char* pszName, std::vector<uint8_t>* pBytes) {
-        pind::platform::CriticalSectionGuard guard(cs);
-        const unz_file_pos* pPos = archive != nullptr ? Find(pszName) : nullptr;
+    // The entry's header, with the archive positioned on it; false when it is missing.
+    bool GoTo(const char* pszName, pind::detail::ZipEntry* pEntry) {
+        const unz64_file_pos* pPos = archive != nullptr ? Find(pszName) : nullptr;
         if (pPos == nullptr) {
             return false;
         }
-        unz_file_pos pos = *pPos;
-        unz_file_info info;
-        if (unzGoToFilePos(archive, &pos) != UNZ_OK ||
-            unzGetCurrentFileInfo(archive, &info, nullptr, 0, nullptr, 0, nullptr, 0) != UNZ_OK ||
-            info.uncompressed_size > pind::detail::kMaxPackFileSize ||
-            unzOpenCurrentFile(archive) != UNZ_OK) {
+        unz64_file_pos pos = *pPos;
+        return unzGoToFilePos64(archive, &pos) == UNZ_OK &&
+               pind::detail::ReadZipEntry(archive, kNameCapacity, pEntry);
+    }
+
+    // Inflates the whole entry; false for a missing or damaged one (bad data or checksum), and
+    // for one whose bytes are not plain (encrypted, or another method than stored or deflate).
+    bool Load(const char* pszName, std::vector<uint8_t>* pBytes) {
+        pind::platform::CriticalSectionGuard guard(cs);
+        pind::detail::ZipEntry info;
+        if (!GoTo(pszName, &info) || !pind::detail::IsPlainEntry(info) ||
+            info.nSize > pind::detail::kMaxPackFileSize || unzOpenCurrentFile(archive) != UNZ_OK) {
             return false;
         }
         // The declared size only sizes the first reservation; a lying header cannot make us
         // allocate more than the data really inflates to.
         pBytes->clear();
-        pBytes->reserve(std::min<size_t>(info.uncompressed_size, 16u << 20));
+        pBytes->reserve(static_cast<size_t>(std::min<uint64_t>(info.nSize, 16u << 20)));
         bool bOk = true;
         for (;;) {
             const size_t nAt = pBytes->size();
@@ -94,7 +99,7 @@ struct CZipPackage::Impl {
 };
 
 CZipPackage::CZipPackage(const std::string& archive) : m_impl(std::make_unique<Impl>()) {
-    m_impl->archive = unzOpen(archive.c_str());
+    m_impl->archive = unzOpen64(archive.c_str());
     if (m_impl->archive != nullptr) {
         m_impl->BuildIndex();
     }
@@ -117,4 +122,10 @@ bool CZipPackage::HasFile(const char* name) {
 
 bool CZipPackage::LoadFile(const char* name, std::vector<uint8_t>* bytes) {
     return m_impl->Load(name, bytes);
+}
+
+std::string CZipPackage::UnsupportedEntry(const char* name) {
+    pind::platform::CriticalSectionGuard guard(m_impl->cs);
+    pind::detail::ZipEntry entry;
+    return m_impl->GoTo(name, &entry) ? pind::detail::UnsupportedEntryReason(entry) : std::string();
 }

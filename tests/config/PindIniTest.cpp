@@ -13,6 +13,9 @@
 
 #include "pind/config/PindIni.h"
 #include "pind/crypto/KeyCipher.h"
+#include "pind/files/MemoryPackage.h"
+#include "pind/files/PackFile.h"
+#include "pind/platform/Package.h"
 #include "support/EngineLogCapture.h"
 #include "support/Printable.h"
 #include "support/RecordingClient.h"
@@ -283,6 +286,79 @@ TEST_F(PindIniTest, LongPlainLinesAreSplitByTheLineRead) {
     EXPECT_EQ(ini.GetString("s", "k", ""), value);
     EXPECT_STREQ(ini.GetString("s", "tail", ""), "1");
     EXPECT_STREQ(ini.GetString("s", "q", ""), "2");
+}
+
+// A packaged file is parsed in place rather than line by line through PackFGets; it must read as
+// the line read would give it, up to and past 0x00 and 0xFF bytes and 2047-byte lines.
+TEST_F(PindIniTest, PackagedFilesReadAsTheLineReadGivesThem) {
+    const std::string longValue(2045, 'x');
+    const std::pair<std::string, const char*> cases[] = {
+        {"[s]\r\nk=v\r\nj=w", "[s]{j=w,k=v,}"},
+        {"[s]\nk=v\rX\n\r\n", "[s]{k=v,}"},
+        {"[s]\nk=a\nz\r\n[t]\nk=b\n[s]\n", "[s]{k=a,}[t]{k=b,}[s]null"},
+        {std::string("[s]\nk=a\0b\nj=c\n", 15), "[s]{j=c,k=a,}"},
+        {"[s]\nk=a\xffj=c\nq=1\n", "[s]{k=a,}"},
+        {"[s]\nk=" + longValue + "tail=1\n" + std::string(2047, 'a') + "q=2\n",
+         nullptr},  // checked below
+    };
+    pind::platform::IPindPackage* previous = nullptr;
+    CMemoryPackage package;
+    previous = pind::platform::SetPackage(&package);
+    m_client.packageInUse = true;
+    m_client.packageMode = 1;
+    m_client.SetOpener(
+        [](const std::string&, const char* mode) { return PackFOpen("m.ini", mode); });
+    for (const auto& [text, want] : cases) {
+        package.AddFile("m.ini", text);
+        CPindIni ini;
+        ASSERT_TRUE(ini.Load("m.ini"));
+        if (want != nullptr) {
+            EXPECT_EQ(Walk(ini), want) << pind::test::Printable(text.c_str());
+            continue;
+        }
+        EXPECT_EQ(ini.GetString("s", "k", ""), longValue);
+        EXPECT_STREQ(ini.GetString("s", "tail", ""), "1");
+        EXPECT_STREQ(ini.GetString("s", "q", ""), "2");
+    }
+    pind::platform::SetPackage(previous);
+}
+
+// Large readers answer from an index once asked often; it must agree with the maps, follow
+// SetValue, and step aside once a table went out writable.
+TEST_F(PindIniTest, ManyLookUpsAgreeWithTheMapsAsTablesChange) {
+    std::string text;
+    for (int s = 0; s < 40; ++s) {
+        text += "[s" + std::to_string(s) + "]\n";
+        for (int k = 0; k < 5; ++k) {
+            text += "k" + std::to_string(k) + "=" + std::to_string(s * 10 + k) + "\n";
+        }
+    }
+    m_dir.Write("big.ini", text);
+    CPindIni ini;
+    ASSERT_TRUE(ini.Load("big.ini"));
+    for (int round = 0; round < 3; ++round) {
+        for (int s = 0; s < 40; ++s) {
+            const std::string section = "s" + std::to_string(s);
+            for (int k = 0; k < 6; ++k) {
+                const std::string key = "k" + std::to_string(k);
+                EXPECT_EQ(ini.GetInt(section.c_str(), key.c_str(), -1), k < 5 ? s * 10 + k : -1);
+            }
+            EXPECT_EQ(ini.GetInt((section + "x").c_str(), "k0", -1), -1);
+        }
+    }
+    EXPECT_TRUE(ini.SetValue("big.ini", "s7", "k2", "changed"));
+    EXPECT_TRUE(ini.SetValue("big.ini", "s7", "new", "added"));
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_STREQ(ini.GetString("s7", "k2", ""), "changed");
+        ASSERT_STREQ(ini.GetString("s7", "new", ""), "added");
+    }
+    CPindIni::KeyTable* pTable = ini.GetSection("s3");
+    ASSERT_NE(pTable, nullptr);
+    pTable->erase("k1");
+    (*pTable)["k9"] = "nine";
+    EXPECT_STREQ(ini.GetString("s3", "k1", "gone"), "gone");
+    EXPECT_STREQ(ini.GetString("s3", "k9", ""), "nine");
+    EXPECT_EQ(ini.GetInt("s39", "k4", -1), 394);
 }
 
 TEST_F(PindIniTest, KeyedRecordsAreUnscrambledWithTheCallersKey) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -33,6 +34,56 @@ std::string WithDeclaredSize(std::string archive, uint32_t size) {
     std::memcpy(&archive[archive.find("PK\x03\x04") + 22], &size, 4);
     std::memcpy(&archive[archive.find("PK\x01\x02") + 24], &size, 4);
     return archive;
+}
+
+// Little-endian fields for the archives written by hand below.
+std::string Le(uint64_t n, int bytes) {
+    std::string out;
+    for (int i = 0; i < bytes; ++i, n >>= 8) {
+        out += static_cast<char>(n & 0xFF);
+    }
+    return out;
+}
+
+uint32_t Crc32(const std::string& bytes) {
+    uint32_t crc = 0xFFFFFFFFu;
+    for (const char c : bytes) {
+        crc ^= static_cast<unsigned char>(c);
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+        }
+    }
+    return ~crc;
+}
+
+// One entry laid out as `zip -fz` writes it: 0xFFFFFFFF sizes in the local header and the central
+// uncompressed size, the real ones in Zip64 extra fields, and a Zip64 end record.
+std::string Zip64Archive(const std::string& name, const std::string& text, bool deflate) {
+    std::string data = text;
+    if (deflate) {  // zlib's stream without its 2-byte header and 4-byte trailer
+        std::string z(pind::detail::ZlibCompressBound(text.size()), '\0');
+        unsigned long n = z.size();
+        pind::detail::ZlibCompress(reinterpret_cast<unsigned char*>(&z[0]), &n,
+                                   reinterpret_cast<const unsigned char*>(text.data()),
+                                   text.size());
+        data = z.substr(2, n - 6);
+    }
+    const uint32_t crc = Crc32(text);
+    const std::string method = Le(deflate ? 8 : 0, 2);
+    std::string zip = "PK\x03\x04" + Le(45, 2) + Le(0, 2) + method + Le(0, 4) + Le(crc, 4) +
+                      Le(0xFFFFFFFF, 4) + Le(0xFFFFFFFF, 4) + Le(name.size(), 2) + Le(20, 2) +
+                      name + Le(1, 2) + Le(16, 2) + Le(text.size(), 8) + Le(data.size(), 8) + data;
+    const size_t central = zip.size();
+    zip += "PK\x01\x02" + Le(45, 2) + Le(45, 2) + Le(0, 2) + method + Le(0, 4) + Le(crc, 4) +
+           Le(data.size(), 4) + Le(0xFFFFFFFF, 4) + Le(name.size(), 2) + Le(12, 2) + Le(0, 2) +
+           Le(0, 4) + Le(0, 4) + Le(0, 4) + name + Le(1, 2) + Le(8, 2) + Le(text.size(), 8);
+    const size_t end64 = zip.size();
+    zip += "PK\x06\x06" + Le(44, 8) + Le(45, 2) + Le(45, 2) + Le(0, 8) + Le(1, 8) + Le(1, 8) +
+           Le(end64 - central, 8) + Le(central, 8);
+    zip += "PK\x06\x07" + Le(0, 4) + Le(end64, 8) + Le(1, 4);
+    zip += "PK\x05\x06" + Le(0, 4) + Le(1, 2) + Le(1, 2) + Le(end64 - central, 4) + Le(central, 4) +
+           Le(0, 2);
+    return zip;
 }
 
 class Zip : public ::testing::Test {
@@ -155,6 +206,83 @@ TEST_F(Zip, DamagedEntryKeepsTheWholeChunksReadBeforeTheDamage) {
     EXPECT_EQ(std::string(reinterpret_cast<char*>(data), kept), text.substr(0, kept));
     EXPECT_TRUE(
         std::all_of(data + kept, data + zip.GetCapacity(), [](unsigned char c) { return c == 0; }));
+}
+
+TEST_F(Zip, Zip64SizesComeFromTheExtraField) {
+    struct Case {
+        const char* what;
+        std::string archive;
+        std::string text;
+    };
+    std::vector<Case> cases = {
+        {"stored", Zip64Archive("a.txt", "hello zip64\n", false), "hello zip64\n"},
+        {"deflated", Zip64Archive("a.txt", Pattern(100000), true), Pattern(100000)},
+    };
+    // The common zip tool's own output as well, where it is installed.
+#ifndef _WIN32
+    if (std::system("zip -v >/dev/null 2>&1") == 0) {
+        m_dir.Write("in/a.txt", Pattern(70000));
+        const std::string cmd = "cd '" + m_dir.File("in") + "' && zip -q -fz ../tool.zip a.txt";
+        if (std::system(cmd.c_str()) == 0) {
+            cases.push_back({"zip -fz", m_dir.Read("tool.zip"), Pattern(70000)});
+        }
+    }
+#endif
+    for (const Case& c : cases) {
+        const std::string path = m_dir.Write("z64.zip", c.archive);
+        CMyZipOperator zip;
+        unsigned char* data = nullptr;
+        ASSERT_EQ(zip.ReadFirstFile(path.c_str(), &data), c.text.size()) << c.what;
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(data), c.text.size()), c.text) << c.what;
+        CZipPackage pack(path);
+        void* dumped = nullptr;
+        int32_t length = 0;
+        ASSERT_EQ(pack.Dump("A.TXT", &dumped, &length, 0), 0) << c.what;
+        EXPECT_EQ(std::string(static_cast<char*>(dumped), static_cast<size_t>(length)), c.text);
+        pack.Undump(dumped);
+    }
+}
+
+TEST_F(Zip, EntriesThatAreNotPlainAreRefused) {
+    Make("plain.zip", {{"a.txt", "hello", false}});
+    const std::string plain = m_dir.Read("plain.zip");
+    struct Case {
+        const char* what;
+        int method;
+        int flags;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {"bzip2", 12, 0, "entry a.txt: compression method 12 (bzip2) is not supported"},
+        {"LZMA", 14, 0, "entry a.txt: compression method 14 (LZMA) is not supported"},
+        {"unknown", 77, 0, "entry a.txt: compression method 77 is not supported"},
+        {"encrypted", 0, 1, "entry a.txt: encrypted entries are not supported"},
+        {"encrypted, deflated", 8, 1, "entry a.txt: encrypted entries are not supported"},
+    };
+    for (const Case& c : cases) {
+        std::string bytes = plain;
+        for (const auto& [sig, at] : {std::pair<const char*, size_t>{"PK\x03\x04", 6},
+                                      std::pair<const char*, size_t>{"PK\x01\x02", 8}}) {
+            const size_t header = bytes.find(sig);
+            bytes.replace(header + at, 4, Le(c.flags, 2) + Le(c.method, 2));
+        }
+        const std::string path = m_dir.Write("odd.zip", bytes);
+        CMyZipOperator zip;
+        unsigned char sentinel = 0;
+        unsigned char* data = &sentinel;
+        EXPECT_EQ(zip.ReadFirstFile(path.c_str(), &data), 0u) << c.what;
+        EXPECT_EQ(data, &sentinel) << c.what;
+        EXPECT_EQ(CMyZipOperator::UnsupportedFirstEntry(path.c_str()), c.reason);
+        CZipPackage pack(path);
+        Handle handle = nullptr;
+        EXPECT_EQ(pack.Exist("a.txt", 0), 1) << c.what;
+        EXPECT_EQ(pack.Open("a.txt", &handle), -1) << c.what;
+        EXPECT_EQ(pack.UnsupportedEntry("a.txt"), c.reason);
+    }
+    const std::string ok = m_dir.Write("plain.zip", plain);
+    EXPECT_EQ(CMyZipOperator::UnsupportedFirstEntry(ok.c_str()), "");
+    EXPECT_EQ(CZipPackage(ok).UnsupportedEntry("a.txt"), "");
+    EXPECT_EQ(CZipPackage(ok).UnsupportedEntry("missing.txt"), "");
 }
 
 TEST_F(Zip, PackageIndexesByLowerCasedNameAndHandsEntriesOver) {

@@ -1,10 +1,13 @@
 // The runtime's number-to-text and comparison functions, with the Windows runtime's results.
-#include "pind/platform/CrtString.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "pind/platform/CrtString.h"
 
 namespace pind::platform {
 namespace {
@@ -47,23 +50,23 @@ TEST_P(ToText, GivesTheRuntimesTextAndCode) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, ToText,
-    ::testing::Values(
-        ToTextCase{32, 0, 2, 10, 0, "0"}, ToTextCase{32, -12, 4, 10, 0, "-12"},
-        ToTextCase{32, INT32_MIN, 12, 10, 0, "-2147483648"},
-        ToTextCase{32, -1, 9, 16, 0, "ffffffff"},     // other radixes print two's complement
-        ToTextCase{32, -1, 40, 2, 0, "11111111111111111111111111111111"},
-        ToTextCase{32, 35, 2, 36, 0, "z"},
-        ToTextCase{32, 12345, 5, 10, kErrRange, ""},  // no room for the terminator
-        ToTextCase{32, -5, 2, 10, kErrRange, ""},     // a negative needs three bytes
-        ToTextCase{32, -5, 3, 10, 0, "-5"},
-        ToTextCase{32, 5, 1, 10, kErrRange, ""},
-        ToTextCase{32, 5, 8, 1, kErrInvalid, ""}, ToTextCase{32, 5, 8, 37, kErrInvalid, ""},
-        ToTextCase{33, 4294967295LL, 11, 10, 0, "4294967295"},
-        ToTextCase{33, 4294967295LL, 10, 10, kErrRange, ""},
-        ToTextCase{64, INT64_MIN, 21, 10, 0, "-9223372036854775808"},
-        ToTextCase{64, -1, 17, 16, 0, "ffffffffffffffff"},
-        ToTextCase{65, -1, 21, 10, 0, "18446744073709551615"},
-        ToTextCase{65, 255, 3, 16, 0, "ff"}));
+    ::testing::Values(ToTextCase{32, 0, 2, 10, 0, "0"}, ToTextCase{32, -12, 4, 10, 0, "-12"},
+                      ToTextCase{32, INT32_MIN, 12, 10, 0, "-2147483648"},
+                      ToTextCase{32, -1, 9, 16, 0,
+                                 "ffffffff"},  // other radixes print two's complement
+                      ToTextCase{32, -1, 40, 2, 0, "11111111111111111111111111111111"},
+                      ToTextCase{32, 35, 2, 36, 0, "z"},
+                      ToTextCase{32, 12345, 5, 10, kErrRange, ""},  // no room for the terminator
+                      ToTextCase{32, -5, 2, 10, kErrRange, ""},     // a negative needs three bytes
+                      ToTextCase{32, -5, 3, 10, 0, "-5"}, ToTextCase{32, 5, 1, 10, kErrRange, ""},
+                      ToTextCase{32, 5, 8, 1, kErrInvalid, ""},
+                      ToTextCase{32, 5, 8, 37, kErrInvalid, ""},
+                      ToTextCase{33, 4294967295LL, 11, 10, 0, "4294967295"},
+                      ToTextCase{33, 4294967295LL, 10, 10, kErrRange, ""},
+                      ToTextCase{64, INT64_MIN, 21, 10, 0, "-9223372036854775808"},
+                      ToTextCase{64, -1, 17, 16, 0, "ffffffffffffffff"},
+                      ToTextCase{65, -1, 21, 10, 0, "18446744073709551615"},
+                      ToTextCase{65, 255, 3, 16, 0, "ff"}));
 
 TEST(ToText, NullOrEmptyBufferIsInvalidAndUntouched) {
     char buffer[4] = {'x', 'y', 'z', '\0'};
@@ -100,6 +103,49 @@ TEST(Compare, IgnoresAsciiCaseAndReturnsTheByteDifference) {
     EXPECT_EQ(Stricmp(nullptr, "a"), kNlsCompareError);
     EXPECT_EQ(Stricmp("a", nullptr), kNlsCompareError);
     EXPECT_EQ(Strnicmp(nullptr, "a", 0), kNlsCompareError);
+}
+
+// Long strings that differ late, in case or in a byte, lie at every offset around a page end: the
+// block-wise compare must agree with a byte-by-byte one and never read into the next page.
+TEST(Compare, LongStringsAtEveryAlignmentMatchBytewiseCompare) {
+    auto reference = [](const char* a, const char* b, size_t count) {
+        for (; count > 0; ++a, ++b, --count) {
+            const int f = (*a >= 'A' && *a <= 'Z') ? *a + 32 : static_cast<unsigned char>(*a);
+            const int l = (*b >= 'A' && *b <= 'Z') ? *b + 32 : static_cast<unsigned char>(*b);
+            if (count == 1 || f == 0 || f != l) {
+                return f - l;
+            }
+        }
+        return 0;
+    };
+    std::vector<char> pages(3 * 4096);
+    const auto base = reinterpret_cast<uintptr_t>(pages.data());
+    char* const pageEnd = pages.data() + (4096 - base % 4096) + 4096;  // a page boundary inside
+    const std::string text = "Interface/Config/GameSetup.ini?[]@`\xb0\xc1Zz";
+    uint32_t seed = 7;
+    for (int round = 0; round < 4000; ++round) {
+        seed = seed * 1103515245u + 12345u;
+        std::string a = text.substr(0, seed % text.size() + 1);
+        std::string b = a;
+        for (char& c : b) {
+            c = (c >= 'a' && c <= 'z' && (seed >> 20) % 2) ? static_cast<char>(c - 32) : c;
+        }
+        if (round % 3 == 1) {
+            b[(seed >> 8) % b.size()] ^= static_cast<char>(1 + (seed >> 24) % 127);
+        } else if (round % 3 == 2) {
+            b.resize((seed >> 8) % (b.size() + 1));
+        }
+        // One string ends exactly at the page boundary, the other somewhere before it.
+        char* pa = pageEnd - (a.size() + 1);
+        char* pb = pages.data() + 4096 + (seed >> 12) % 2048;
+        std::memcpy(pa, a.c_str(), a.size() + 1);
+        std::memcpy(pb, b.c_str(), b.size() + 1);
+        for (const auto& [x, y] : {std::pair<const char*, const char*>{pa, pb}, {pb, pa}}) {
+            EXPECT_EQ(Stricmp(x, y), reference(x, y, SIZE_MAX)) << x << " / " << y;
+            const size_t count = (seed >> 4) % 70;
+            EXPECT_EQ(Strnicmp(x, y, count), reference(x, y, count)) << x << " / " << y;
+        }
+    }
 }
 
 TEST(Atoi64, ParsesLikeTheRuntime) {

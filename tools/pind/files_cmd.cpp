@@ -52,6 +52,11 @@ int RunZipFirst(int argc, char** argv) {
     unsigned char* data = nullptr;
     const unsigned int size = zip.ReadFirstFile(archive, &data);
     if (size == 0) {
+        const std::string why = CMyZipOperator::UnsupportedFirstEntry(archive);
+        if (!why.empty()) {
+            std::fprintf(stderr, "pind: zip: %s: %s\n", archive, why.c_str());
+            return 1;
+        }
         std::fprintf(stderr, "pind: zip: %s: no first entry read\n", archive);
         return 1;
     }
@@ -144,6 +149,12 @@ int RunPackCommand(int argc, char** argv) {
     HostScope scope(pack.get());
     CPackFile* f = PackFOpen(argv[4], "rb");
     if (f == nullptr) {
+        auto* zip = dynamic_cast<CZipPackage*>(pack.get());
+        const std::string why = zip != nullptr ? zip->UnsupportedEntry(argv[4]) : std::string();
+        if (!why.empty()) {
+            std::fprintf(stderr, "pind: pack: %s: %s\n", argv[3], why.c_str());
+            return 1;
+        }
         std::fprintf(stderr, "pind: pack: %s: not found in %s\n", argv[4], argv[3]);
         return 1;
     }

@@ -7,9 +7,11 @@
 #ifndef PIND_CONFIG_PINDINI_H_
 #define PIND_CONFIG_PINDINI_H_
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -101,7 +103,7 @@ public:
     /// The key's value in the current record, or "" (a null key or a miss is reported).
     const char* GetCurrentValue(const char* pszKey) const;
     int GetSectionCount() const { return static_cast<int>(m_vecSections.size()); }
-    const SectionList& GetSections() const { return m_vecSections; }
+    const SectionList& GetSections() const;
     /// The name last given to a load or the constructor ("" when none).
     const char* GetFileName() const { return m_strFileName.c_str(); }
 
@@ -133,9 +135,12 @@ public:
 
 private:
     struct Parser;
+    struct LookupIndex;
 
     bool LoadFrom(CPackFile* pFile, const char* pszKey);
-    const std::string* Lookup(const char* pszSection, const char* pszKey, int nLine) const;
+    const char* Lookup(const char* pszSection, const char* pszKey, int nLine) const;
+    const char* IndexedLookup(const char* pszSection, const char* pszKey) const;
+    void DropIndex();
     void AdoptSection(const std::string& strName, KeyTable* pKeys);
     void CopyFrom(const CPindIni& other);
     void ReportSection(const char* pszSection) const;
@@ -149,6 +154,13 @@ private:
     bool m_bReportMissing = false;
     std::string m_strFileName;
     CPackFile* m_pWriteFile = nullptr;
+
+    // A hash of (section, key) pairs beside the maps, built once a reader of many sections has
+    // answered enough look-ups; unused once a table went out writable (GetSection and the like),
+    // as the caller may then erase what it points at.
+    mutable std::atomic<const LookupIndex*> m_pIndex{nullptr};
+    mutable std::atomic<uint32_t> m_nLookups{0};
+    mutable std::atomic<bool> m_bTablesOut{false};
 };
 
 #endif  // PIND_CONFIG_PINDINI_H_

@@ -34,6 +34,9 @@ public:
     const uint8_t* GetData() const { return m_pData; }
     uint32_t GetSize() const { return m_uSize; }
     uint32_t GetPos() const { return m_uPos; }
+    /// Memory mode: the data before this offset holds no 0x00 or 0xFF byte (it may be lower than
+    /// the first such byte after an unget).
+    uint32_t GetPlainSize() const { return m_uFirstSpecial; }
     /// Line terminators the last line read saw (a "\r\n" counts 2).
     int32_t GetLineEnds() const { return m_nLineEnds; }
     /// The normalised path the file was opened under.

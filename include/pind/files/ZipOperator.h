@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "pind/platform/Export.h"
 
@@ -28,8 +29,13 @@ public:
     /// to less keeps a zero tail; one that inflates to more stops at the buffer's end. 0 for a null
     /// or empty path, an unreadable or empty archive (`*ppData` untouched), a null `ppData`, or a
     /// declared size no deflate stream of the entry's compressed size (or of the whole archive)
-    /// could reach (over 1032×).
+    /// could reach (over 1032×). Also 0, `*ppData` untouched, for an entry that is encrypted or
+    /// neither stored nor deflated. Zip64 sizes are read from the entry's extra field.
     unsigned int ReadFirstFile(const char* pszZipPath, unsigned char** ppData);
+
+    /// Why the archive's first entry cannot be read as plain bytes ("entry a.txt: compression
+    /// method 12 (bzip2) is not supported"); "" when it can, or when there is no entry to judge.
+    static std::string UnsupportedFirstEntry(const char* pszZipPath);
 
     /// Bytes the buffer holds (0 before the first call).
     uint32_t GetCapacity() const { return m_nCapacity; }

@@ -1,5 +1,6 @@
 // A package backend over a zip archive: the archive is opened once and its entries indexed by
-// lower-cased name; an open inflates the whole entry. Damaged entries fail to open.
+// lower-cased name; an open inflates the whole entry. Damaged entries fail to open, and so do
+// encrypted ones and those neither stored nor deflated. Zip64 archives are read.
 //   CZipPackage pack("assets.zip"); pind::platform::SetPackage(&pack);
 //   CPackFile* f = PackFOpen("ini/setup.ini", "r");
 #ifndef PIND_FILES_ZIPPACKAGE_H_
@@ -24,6 +25,9 @@ public:
     /// The file entries' names as the archive stores them, in archive order. Folders and names
     /// with a ".." part or a root are left out.
     std::vector<std::string> List() const;
+    /// Why entry `name` cannot be opened although it is listed ("entry a.txt: compression method
+    /// 12 (bzip2) is not supported"); "" when it can or there is no such entry.
+    std::string UnsupportedEntry(const char* name);
 
 protected:
     /// Names match entries ignoring ASCII case, with '\\' read as '/'.
