@@ -11,12 +11,14 @@
 #include <utility>
 #include <vector>
 
+#include "pind/client/PackFileClient.h"
 #include "pind/config/PindIni.h"
 #include "pind/crypto/KeyCipher.h"
 #include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/platform/Package.h"
 #include "support/EngineLogCapture.h"
+#include "support/FakePackage.h"
 #include "support/Printable.h"
 #include "support/RecordingClient.h"
 #include "support/TempDir.h"
@@ -301,13 +303,10 @@ TEST_F(PindIniTest, PackagedFilesReadAsTheLineReadGivesThem) {
         {"[s]\nk=" + longValue + "tail=1\n" + std::string(2047, 'a') + "q=2\n",
          nullptr},  // checked below
     };
-    pind::platform::IPindPackage* previous = nullptr;
     CMemoryPackage package;
-    previous = pind::platform::SetPackage(&package);
-    m_client.packageInUse = true;
-    m_client.packageMode = 1;
-    m_client.SetOpener(
-        [](const std::string&, const char* mode) { return PackFOpen("m.ini", mode); });
+    pind::test::ScopedPackage packageScope(&package);
+    CPackFileClient client(/*bPackageFirst=*/true);
+    SetClient(&client);
     for (const auto& [text, want] : cases) {
         package.AddFile("m.ini", text);
         CPindIni ini;
@@ -320,7 +319,7 @@ TEST_F(PindIniTest, PackagedFilesReadAsTheLineReadGivesThem) {
         EXPECT_STREQ(ini.GetString("s", "tail", ""), "1");
         EXPECT_STREQ(ini.GetString("s", "q", ""), "2");
     }
-    pind::platform::SetPackage(previous);
+    SetClient(&m_client);
 }
 
 // Large readers answer from an index once asked often; it must agree with the maps, follow
