@@ -16,7 +16,7 @@ struct Command {
 const Command kCommands[] = {
     {"demo", "run the library end to end on the sample data", pind::tool::RunDemo},
     {"crypt", "stream-cipher standard input to standard output", pind::tool::RunCrypt},
-    {"log", "write one log record", pind::tool::RunLog},
+    {"log", "write one log record, or view log files (log view)", pind::tool::RunLog},
     {"zip", "write a zip archive's first entry to a file", pind::tool::RunZip},
     {"pack", "list or print packaged files", pind::tool::RunPack},
     {"ini", "read, scramble or edit an INI file", pind::tool::RunIni},
