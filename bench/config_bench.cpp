@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "pind/client/PindClient.h"
+#include "pind/client/PackFileClient.h"
 #include "pind/config/PindIni.h"
 #include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
@@ -72,19 +72,6 @@ int SectionsOf(const std::string& text) {
     return n + 1;
 }
 
-// Package-first host: every name opens through PackFOpen from the in-memory package.
-class BenchClient : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return true; }
-    int GetPackageMode() override { return 1; }
-    CPackFile* OpenFile(const char* name, const char* mode, bool) override {
-        return PackFOpen(name, mode);
-    }
-    CPackFile* OpenFileEx(const char* name, const char* mode, bool, bool) override {
-        return PackFOpen(name, mode);
-    }
-};
-
 // Installs the host and a package serving `text` as "bench.ini" for one benchmark's life.
 struct Served {
     explicit Served(const std::string& text) {
@@ -96,7 +83,7 @@ struct Served {
         pind::platform::SetPackage(nullptr);
         SetClient(nullptr);
     }
-    BenchClient client;
+    CPackFileClient client{/*bPackageFirst=*/true};
     CMemoryPackage package;
 };
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "pind/client/PindClient.h"
+#include "pind/client/PackFileClient.h"
 #include "pind/files/DirPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/files/ZipOperator.h"
@@ -22,13 +22,6 @@
 #include "pind/platform/System.h"
 
 namespace {
-
-class BenchClient : public IPindClientNone {
-public:
-    bool IsPackageInUse() override { return packageFirst; }
-    int GetPackageMode() override { return packageFirst ? 1 : 0; }
-    bool packageFirst = false;
-};
 
 std::string Folder() {
     static const std::string dir = [] {
@@ -102,8 +95,7 @@ int64_t FgetsLines(const char* name) {
 }
 
 void PackFGetsMemory(benchmark::State& state) {
-    BenchClient client;
-    client.packageFirst = true;
+    CPackFileClient client(/*bPackageFirst=*/true);
     SetClient(&client);
     CDirPackage package(Folder());
     pind::platform::SetPackage(&package);
