@@ -437,7 +437,7 @@ int FastFloat(char* out, size_t size, const FormatSpec& spec, int precision, dou
     return static_cast<int>(r.ptr - out);
 }
 
-// Writes the value as an output string stream set up from the specification writes it: the
+// Writes the value as an output string stream set up from the conversion's flags writes it: the
 // stream's printf conversion, then its own fill to the width (in front unless left-adjusted, so a
 // '0' fill lands before a minus sign). The space flag plays no part.
 bool EmitFloat(std::string& out, const FormatSpec& spec, const FormatArg& arg) {

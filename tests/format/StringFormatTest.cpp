@@ -304,7 +304,7 @@ TEST(StringFormat, DiffersFromSnprintfOnPurpose) {
     EXPECT_EQ(f.AddArg(-1.5).GetResult(), "000-1.50");  // printf: "-0001.50"
 }
 
-// Floating conversions equal a string stream set up from the same specification.
+// Floating conversions equal a string stream set up from the same flags, width and precision.
 TEST(StringFormat, FloatsMatchAStringStreamOverAGrid) {
     const double values[] = {0.0,
                              -0.0,
