@@ -10,7 +10,7 @@
 
 #include "pind/platform/Export.h"
 
-// The host's network layer calls through these nine slots in this order; the destructor is last.
+/// The host's network layer calls through these nine slots in this order; the destructor is last.
 class PIND_API IEncryptor {
 public:
     /// Both positions back to 0; returns 0.
@@ -60,7 +60,7 @@ public:
     const uint8_t* GetTable(int nIndex) const;
 
 private:
-    // The key bytes are stored multiplier, seed, first addend, second addend.
+    /// The key bytes are stored multiplier, seed, first addend, second addend.
     struct Key {
         uint8_t byMultiplier;
         uint8_t bySeed;
@@ -79,8 +79,8 @@ private:
     uint16_t m_wDecryptPos = 0;
     Key m_keyA;
     Key m_keyB;
-    uint32_t m_adwSavedKeyA[2];  // carried by copies; read by nothing here
-    int32_t m_nEnabled = 1;      // carried by copies; the cipher ignores it
+    uint32_t m_adwSavedKeyA[2];  ///< carried by copies; read by nothing here
+    int32_t m_nEnabled = 1;      ///< carried by copies; the cipher ignores it
 };
 
 /// A heap CClientCryptor with these key bytes, passed on in the constructor's order; null when

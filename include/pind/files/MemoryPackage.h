@@ -30,7 +30,7 @@ protected:
 
 private:
     mutable pind::platform::CriticalSection m_cs;
-    std::map<std::string, std::string> m_files;  // by normalised name
+    std::map<std::string, std::string> m_files;  ///< by normalised name
 };
 
 #endif  // PIND_FILES_MEMORYPACKAGE_H_

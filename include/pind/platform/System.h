@@ -41,7 +41,7 @@ PIND_API int64_t Tell64(std::FILE* stream);
 /// False for a null stream or when the mode cannot be set.
 PIND_API bool SetBinaryMode(std::FILE* stream);
 
-constexpr uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;  // INVALID_FILE_ATTRIBUTES
+constexpr uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;  ///< INVALID_FILE_ATTRIBUTES
 constexpr uint32_t kFileAttributeReadonly = 0x01;
 constexpr uint32_t kFileAttributeDirectory = 0x10;
 constexpr uint32_t kFileAttributeNormal = 0x80;
@@ -66,21 +66,21 @@ PIND_API bool GetThreadTimes(ThreadTimes* out);
 
 /// Heaps in the shape of `GetProcessHeaps` / `HeapWalk` (PROCESS_HEAP_ENTRY).
 using HeapHandle = void*;
-constexpr uint16_t kHeapEntryRegion = 0x0001;       // PROCESS_HEAP_REGION
-constexpr uint16_t kHeapEntryUncommitted = 0x0002;  // PROCESS_HEAP_UNCOMMITTED_RANGE
-constexpr uint16_t kHeapEntryBusy = 0x0004;         // PROCESS_HEAP_ENTRY_BUSY
+constexpr uint16_t kHeapEntryRegion = 0x0001;       ///< PROCESS_HEAP_REGION
+constexpr uint16_t kHeapEntryUncommitted = 0x0002;  ///< PROCESS_HEAP_UNCOMMITTED_RANGE
+constexpr uint16_t kHeapEntryBusy = 0x0004;         ///< PROCESS_HEAP_ENTRY_BUSY
 
 struct HeapEntry {
-    uintptr_t data;        // lpData
-    uint32_t dataSize;     // cbData
-    uint8_t overhead;      // cbOverhead
-    uint8_t regionIndex;   // iRegionIndex
-    uint16_t flags;        // wFlags
+    uintptr_t data;        ///< lpData
+    uint32_t dataSize;     ///< cbData
+    uint8_t overhead;      ///< cbOverhead
+    uint8_t regionIndex;   ///< iRegionIndex
+    uint16_t flags;        ///< wFlags
     // Region part, meaningful when flags has kHeapEntryRegion.
     uint32_t committedSize;
     uint32_t uncommittedSize;
-    uintptr_t firstBlock;  // lpFirstBlock
-    uintptr_t lastBlock;   // lpLastBlock
+    uintptr_t firstBlock;  ///< lpFirstBlock
+    uintptr_t lastBlock;   ///< lpLastBlock
 };
 
 /// Fills up to `maxHeaps` handles and returns the number of heaps the process has (which may be
