@@ -14,7 +14,6 @@ opening && /^\/\// {
     sub(/^\/\/ ?/, "", text)
     count++
     code[count] = (text ~ /^  /)
-    if (!code[count]) gsub(/</, "\\<", text)  # "<folder>" is a placeholder, not HTML
     line[count] = code[count] ? substr(text, 3) : text
     next
 }
@@ -34,6 +33,16 @@ opening {
         print "/// " out
     }
     print $0 "  /** \\addtogroup " area " */ /** @{ */"
+    next
+}
+# A group does not reach into a namespace from outside: close it around each namespace block and
+# open it again inside, on the same lines. Internal detail namespaces are left out of the reference.
+/^namespace [A-Za-z_:]+ \{$/ && !/detail/ {
+    print "/** @} */ " $0 " /** \\addtogroup " area " */ /** @{ */"
+    next
+}
+/^}  \/\/ namespace / && !/detail/ {
+    print "/** @} */ } /** \\addtogroup " area " */ /** @{ */"
     next
 }
 { print }

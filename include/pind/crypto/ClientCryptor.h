@@ -34,13 +34,17 @@ public:
     virtual ~IEncryptor() = default;
 };
 
+/// The cipher itself; CreateClientCryptor makes one for the host.
 class PIND_API CClientCryptor : public IEncryptor {
 public:
     /// Note the order: for each table the multiplier, the first and second addend, then the seed.
     CClientCryptor(uint8_t byMultiplierA, uint8_t byAddendA1, uint8_t byAddendA2, uint8_t bySeedA,
                    uint8_t byMultiplierB, uint8_t byAddendB1, uint8_t byAddendB2, uint8_t bySeedB);
+    ///@{
+    /// Copies the whole state: tables, positions and key.
     CClientCryptor(const CClientCryptor& other) = default;
     CClientCryptor& operator=(const CClientCryptor& other) = default;
+    ///@}
     ~CClientCryptor() override = default;
 
     int Reset() override;
@@ -52,7 +56,9 @@ public:
     void ChangeCode(uint32_t dwCode) override;
     IEncryptor* Duplicate() override;
 
+    /// Where Encrypt continues in the key stream (modulo 2^16).
     uint16_t GetEncryptPosition() const { return m_wEncryptPos; }
+    /// Where Decrypt continues in the key stream (modulo 2^16).
     uint16_t GetDecryptPosition() const { return m_wDecryptPos; }
     /// The enabled word: 1 from construction on, carried by copies; the cipher itself ignores it.
     int32_t GetEnabled() const { return m_nEnabled; }

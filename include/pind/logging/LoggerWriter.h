@@ -1,6 +1,7 @@
 // The logger configuration record, the client's log callback and the daily file writer: a record
-// becomes one text, goes to the callback, and is appended as one line to "./<folder>/<y>_<m>_<d>
-// <suffix>" (opened and closed per line; a text already written is written once per process).
+// becomes one text, goes to the callback, and is appended as one line to the day's file,
+// `<folder>/<y>_<m>_<d><suffix>` under the working folder (opened and closed per line; a text
+// already written is written once per process).
 //   _log::CLoggerWriterDirctToFile writer(config); writer.Write(2, record, true, true);
 #ifndef PIND_LOGGING_LOGGERWRITER_H_
 #define PIND_LOGGING_LOGGERWRITER_H_

@@ -101,16 +101,17 @@ public:
                          int32_t nMinute, int32_t nSecond) const;
     /// SecondsUntil of a YYYYMMDDhhmm (years 1-999 are 2000 + year); 0 for a value below 1.
     int64_t SecondsUntilPacked(int64_t nPacked) const;
-    ///@{
-    /// Whole minutes or days between now and the fields, truncated toward zero; 0 when the time
-    /// cannot be read.
+    /// Whole minutes from the fields to now, truncated toward zero; 0 when the time cannot be
+    /// read.
     int64_t MinutesSince(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                          int32_t nMinute) const;
+    /// Whole minutes from now to the fields, truncated toward zero; 0 when the time cannot be read.
     int64_t MinutesUntil(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                          int32_t nMinute) const;
+    /// Whole days from the date to now, truncated toward zero; 0 when the time cannot be read.
     int64_t DaysSince(int32_t nYear, int32_t nMonth, int32_t nDay) const;
+    /// Whole days from now to the date, truncated toward zero; 0 when the time cannot be read.
     int64_t DaysUntil(int32_t nYear, int32_t nMonth, int32_t nDay) const;
-    ///@}
     /// t minus the server wall time now read as a machine-local time (no zone correction); 0 when
     /// the time cannot be read.
     int64_t SecondsUntilInstant(int64_t t) const;
