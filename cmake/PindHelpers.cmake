@@ -13,6 +13,7 @@ if(WIN32 AND CMAKE_CROSSCOMPILING)
             message(FATAL_ERROR "${dll} not found beside ${CMAKE_CXX_COMPILER}")
         endif()
         file(COPY ${path} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+        list(APPEND PIND_MINGW_RUNTIME_DLLS ${path})
     endforeach()
 endif()
 

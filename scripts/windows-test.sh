@@ -122,4 +122,24 @@ ctest --test-dir "$build" --output-on-failure -j"$jobs" "$@"
 if [ $# -eq 0 ]; then
     echo "windows-test: pind demo under Wine"
     (cd "$build" && wine bin/pind.exe demo >/dev/null)
+
+    # The release zip must work on its own: unpacked elsewhere, with nothing of the build around.
+    echo "windows-test: the zip package, unpacked, runs pind.exe demo"
+    rm -f "$build"/PindBase-*-win64.zip
+    (cd "$build" && cpack -G ZIP >/dev/null)
+    zip=$(echo "$build"/PindBase-*-win64.zip)
+    unpacked=$(mktemp -d)
+    trap 'rm -rf "$unpacked"; wineserver -k >/dev/null 2>&1 || true' EXIT
+    (cd "$unpacked" && cmake -E tar xf "$zip")
+    dir=$(echo "$unpacked"/PindBase-*-win64)
+    for f in bin/PindBase.dll bin/pind.exe lib/PindBase.dll.a include/pind/PindBase.h \
+             include/pind/VersionNumbers.h lib/cmake/PindBase/PindBaseConfig.cmake \
+             bin/libstdc++-6.dll bin/libgcc_s_seh-1.dll bin/libwinpthread-1.dll bin/zlib1.dll; do
+        [ -f "$dir/$f" ] || { echo "windows-test: $f missing from $(basename "$zip")"; exit 1; }
+    done
+    version=$(sed -n "s/^CMAKE_PROJECT_VERSION:STATIC=//p" "$build/CMakeCache.txt")
+    said=$(cd "$dir" && wine bin/pind.exe --version | tr -d '\r')
+    [ "$said" = "pind $version" ] || { echo "windows-test: pind.exe --version says $said"; exit 1; }
+    (cd "$dir" && wine bin/pind.exe demo >/dev/null)
+    echo "windows-test: $(basename "$zip") ($(du -k "$zip" | cut -f1) KiB) works unpacked"
 fi

@@ -1,5 +1,5 @@
 // PindBase: the base utility library of the game client. This umbrella header includes every public
-// header; include single headers (pind/<area>/...) to keep builds lean.
+// header; include single headers (`pind/<area>/...`) to keep builds lean.
 //   #include "pind/PindBase.h"
 #ifndef PIND_PINDBASE_H_
 #define PIND_PINDBASE_H_

@@ -3,11 +3,8 @@
 #ifndef PIND_VERSION_H_
 #define PIND_VERSION_H_
 
+#include "pind/VersionNumbers.h"  // PIND_VERSION_MAJOR/_MINOR/_PATCH/_STRING, made by the build
 #include "pind/platform/Export.h"
-
-#define PIND_VERSION_MAJOR 0
-#define PIND_VERSION_MINOR 1
-#define PIND_VERSION_PATCH 0
 
 namespace pind {
 /// "major.minor.patch" of the library that is loaded (which may differ from the header's).

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "pind/Version.h"
 #include "support/TempDir.h"
 #include "tool/RunTool.h"
 
@@ -33,6 +34,17 @@ TEST(PindTool, HelpAndVersionGoToStdoutWithExitZero) {
         EXPECT_FALSE(run.out.empty()) << flag;
         EXPECT_EQ(run.err, "") << flag;
     }
+}
+
+// The tool, the header and the loaded library must all report the version the build was made
+// with: a stale library beside the tool would show here.
+TEST(PindTool, VersionIsTheOneTheBuildWasMadeWith) {
+    const std::string expected = std::to_string(PIND_VERSION_MAJOR) + "." +
+                                 std::to_string(PIND_VERSION_MINOR) + "." +
+                                 std::to_string(PIND_VERSION_PATCH);
+    EXPECT_EQ(expected, PIND_VERSION_STRING);
+    EXPECT_EQ(pind::Version(), expected);
+    EXPECT_EQ(RunPind({"--version"}).out, "pind " + expected + "\n");
 }
 
 TEST(PindTool, UnknownCommandIsAUsageError) {

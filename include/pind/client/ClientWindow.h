@@ -15,9 +15,9 @@ extern PIND_API HWND g_hMainWnd;
 /// Messages posted by PostClientMessage and PostClientMessageUnchecked (for reading).
 extern PIND_API uint32_t g_nPostedMessageCount;
 
-constexpr UINT kClientMessage = WM_USER + 100;     // 1124
-constexpr UINT kClientMessage102 = WM_USER + 102;  // 1126
-constexpr UINT kClientMessage106 = WM_USER + 106;  // 1130
+constexpr UINT kClientMessage = WM_USER + 100;     ///< 1124
+constexpr UINT kClientMessage102 = WM_USER + 102;  ///< 1126
+constexpr UINT kClientMessage106 = WM_USER + 106;  ///< 1130
 
 /// With no window: returns `wParam` unchanged and counts nothing. Otherwise counts the message and
 /// posts kClientMessage; returns the post result (non-zero when queued).

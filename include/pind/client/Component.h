@@ -21,23 +21,29 @@ class CCompChild;
 #pragma GCC diagnostic ignored "-Wdelete-non-virtual-dtor"
 #endif
 
+/// The parent side of a many-to-many link between game objects, such as a unit and its buffs.
 class PIND_API CCompParent {
 public:
     /// Empty link set and the next parent serial number (the first parent gets 1).
     CCompParent();
+    ///@{
+    /// Copies the id and the links; the children do not learn of the copy.
     CCompParent(const CCompParent&) = default;
     CCompParent& operator=(const CCompParent&) = default;
+    ///@}
     /// Each child, in set order, loses this parent and then gets OnLinkDestroyed(this).
     ~CCompParent();
 
     /// Called when a linked child is being destroyed; does nothing here.
     virtual void OnLinkDestroyed(CCompChild* child);
 
+    /// The serial number given at construction.
     uint32_t GetId() const { return m_nId; }
     /// Null is ignored. Links both ways (inserting only where missing).
     void AddChild(CCompChild* child);
     /// Null is ignored. Unlinks this side only: the child keeps its pointer to this parent.
     void RemoveChild(CCompChild* child);
+    /// The linked children, by address.
     const std::set<CCompChild*>& GetChildren() const { return m_setChildren; }
 
 private:
@@ -46,23 +52,29 @@ private:
     uint32_t m_nId;
 };
 
+/// The child side of the link: what a parent holds.
 class PIND_API CCompChild {
 public:
     /// Empty link set and the next child serial number (the first child gets 1).
     CCompChild();
+    ///@{
+    /// Copies the id and the links; the parents do not learn of the copy.
     CCompChild(const CCompChild&) = default;
     CCompChild& operator=(const CCompChild&) = default;
+    ///@}
     /// Each parent, in set order, loses this child and then gets OnLinkDestroyed(this).
     ~CCompChild();
 
     /// Called when a linked parent is being destroyed; does nothing here.
     virtual void OnLinkDestroyed(CCompParent* parent);
 
+    /// The serial number given at construction.
     uint32_t GetId() const { return m_nId; }
     /// Null is ignored. Links this side only: the parent does not learn of it.
     void AddParent(CCompParent* parent);
     /// Null is ignored. Unlinks this side only.
     void RemoveParent(CCompParent* parent);
+    /// The linked parents, by address.
     const std::set<CCompParent*>& GetParents() const { return m_setParents; }
 
 private:

@@ -8,6 +8,7 @@
 #include "pind/client/PindClient.h"
 #include "pind/platform/Export.h"
 
+/// A ready-made host client that opens files through the library's own CPackFile functions.
 class PIND_API CPackFileClient : public IPindClientNone {
 public:
     /// `bPackageFirst` false: packages are not in use and names open from disk; true: packages are
@@ -15,6 +16,7 @@ public:
     explicit CPackFileClient(bool bPackageFirst = false) : m_bPackageFirst(bPackageFirst) {}
     ~CPackFileClient() override;
 
+    /// Switches between the two modes the constructor describes.
     void SetPackageFirst(bool bPackageFirst) { m_bPackageFirst = bPackageFirst; }
     bool IsPackageInUse() override { return m_bPackageFirst; }
     int GetPackageMode() override { return m_bPackageFirst ? 1 : 0; }

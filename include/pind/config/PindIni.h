@@ -27,21 +27,25 @@ public:
     using KeyTable = std::map<std::string, std::string, std::less<>>;
     /// A section as read: its name and its key table (null when a plain load saw no key line).
     struct SectionRecord {
-        std::string strName;
-        KeyTable* pKeys;
+        std::string strName;  ///< the name between the brackets
+        KeyTable* pKeys;      ///< the keys; null when a plain load saw no key line
     };
     /// Section name -> key table of the last section of that name; owns nothing.
     using SectionIndex = std::map<std::string, KeyTable*, std::less<>>;
     /// Sections in file order; owns the records and their key tables.
     using SectionList = std::vector<SectionRecord*>;
 
+    /// An empty reader that does not report misses.
     CPindIni();
+    /// An empty reader; `bReportMissing` sends each look-up miss to the client's debug text.
     explicit CPindIni(bool bReportMissing);
     /// Loads `pszIniFile` (plain, the plain open slot) and keeps the name whatever the outcome.
     CPindIni(const char* pszIniFile, bool bReportMissing);
+    ///@{
     /// Copies hold their own key tables, the same walk position and no write file.
     CPindIni(const CPindIni& other);
     CPindIni& operator=(const CPindIni& other);
+    ///@}
     /// Frees the sections and closes the write file.
     virtual ~CPindIni();
 
@@ -81,16 +85,20 @@ public:
     /// False for a null argument, a missing section, one without keys, or a missing key.
     bool HasKey(const char* pszSection, const char* pszKey) const;
 
+    ///@{
     /// Silent look-ups on a table from GetSection: the default (or null) for a null table or key.
     static int TableGetInt(const KeyTable* pTable, const char* pszKey, int nDefault);
     static const char* TableGetString(const KeyTable* pTable, const char* pszKey);
     static const char* TableGetString(const KeyTable* pTable, const char* pszKey,
                                       const char* pszDefault);
+    ///@}
+    ///@{
     /// The same, reporting a miss when reports are on; the report names the table's address bytes
     /// where a section name would stand ("(null)" for a null table).
     int GetInt(const KeyTable* pTable, const char* pszKey, int nDefault) const;
     int64_t GetInt64(const KeyTable* pTable, const char* pszKey, int64_t nDefault) const;
     const char* GetString(const KeyTable* pTable, const char* pszKey, const char* pszDefault) const;
+    ///@}
 
     /// Walk: to the first record; false when there is none.
     bool FirstSection();
@@ -102,7 +110,9 @@ public:
     SectionRecord* GetCurrentSection() const;
     /// The key's value in the current record, or "" (a null key or a miss is reported).
     const char* GetCurrentValue(const char* pszKey) const;
+    /// The number of records, duplicates included.
     int GetSectionCount() const { return static_cast<int>(m_vecSections.size()); }
+    /// The records in file order.
     const SectionList& GetSections() const;
     /// The name last given to a load or the constructor ("" when none).
     const char* GetFileName() const { return m_strFileName.c_str(); }
@@ -115,11 +125,13 @@ public:
     /// "[name]\n"; this and the other writers do nothing without a disk-backed write file, and
     /// take a null text as empty.
     void WriteSection(const char* pszName);
+    /// "[number]\n".
     void WriteSection(int nNumber);
     /// "key=value\n".
     void WriteKey(const char* pszKey, const char* pszValue);
     /// "key=number\n", skipped for 0 unless `bWriteZero`.
     void WriteKey(const char* pszKey, int nValue, bool bWriteZero = false);
+    /// "\n".
     void WriteNewLine();
 
     /// Loads the file, sets key := value and rewrites it in section-name order (comments, order
@@ -127,6 +139,7 @@ public:
     /// null section or key or an empty key; the write file stays open, flushed.
     bool SetValue(const char* pszIniFile, const char* pszSection, const char* pszKey,
                   const char* pszValue, bool bUseExtendedOpen);
+    /// SetValue through the client's extended open slot.
     bool SetValue(const char* pszIniFile, const char* pszSection, const char* pszKey,
                   const char* pszValue);
 

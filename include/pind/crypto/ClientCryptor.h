@@ -10,7 +10,7 @@
 
 #include "pind/platform/Export.h"
 
-// The host's network layer calls through these nine slots in this order; the destructor is last.
+/// The host's network layer calls through these nine slots in this order; the destructor is last.
 class PIND_API IEncryptor {
 public:
     /// Both positions back to 0; returns 0.
@@ -34,13 +34,17 @@ public:
     virtual ~IEncryptor() = default;
 };
 
+/// The cipher itself; CreateClientCryptor makes one for the host.
 class PIND_API CClientCryptor : public IEncryptor {
 public:
     /// Note the order: for each table the multiplier, the first and second addend, then the seed.
     CClientCryptor(uint8_t byMultiplierA, uint8_t byAddendA1, uint8_t byAddendA2, uint8_t bySeedA,
                    uint8_t byMultiplierB, uint8_t byAddendB1, uint8_t byAddendB2, uint8_t bySeedB);
+    ///@{
+    /// Copies the whole state: tables, positions and key.
     CClientCryptor(const CClientCryptor& other) = default;
     CClientCryptor& operator=(const CClientCryptor& other) = default;
+    ///@}
     ~CClientCryptor() override = default;
 
     int Reset() override;
@@ -52,7 +56,9 @@ public:
     void ChangeCode(uint32_t dwCode) override;
     IEncryptor* Duplicate() override;
 
+    /// Where Encrypt continues in the key stream (modulo 2^16).
     uint16_t GetEncryptPosition() const { return m_wEncryptPos; }
+    /// Where Decrypt continues in the key stream (modulo 2^16).
     uint16_t GetDecryptPosition() const { return m_wDecryptPos; }
     /// The enabled word: 1 from construction on, carried by copies; the cipher itself ignores it.
     int32_t GetEnabled() const { return m_nEnabled; }
@@ -60,7 +66,7 @@ public:
     const uint8_t* GetTable(int nIndex) const;
 
 private:
-    // The key bytes are stored multiplier, seed, first addend, second addend.
+    /// The key bytes are stored multiplier, seed, first addend, second addend.
     struct Key {
         uint8_t byMultiplier;
         uint8_t bySeed;
@@ -79,8 +85,8 @@ private:
     uint16_t m_wDecryptPos = 0;
     Key m_keyA;
     Key m_keyB;
-    uint32_t m_adwSavedKeyA[2];  // carried by copies; read by nothing here
-    int32_t m_nEnabled = 1;      // carried by copies; the cipher ignores it
+    uint32_t m_adwSavedKeyA[2];  ///< carried by copies; read by nothing here
+    int32_t m_nEnabled = 1;      ///< carried by copies; the cipher ignores it
 };
 
 /// A heap CClientCryptor with these key bytes, passed on in the constructor's order; null when

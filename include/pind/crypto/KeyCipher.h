@@ -10,14 +10,19 @@
 
 #include "pind/platform/Export.h"
 
+/// Writes scrambled INI files and reports errors to the installed callback.
 class PIND_API CMyCrypto {
 public:
     /// Receives each formatted error text ("source: message").
     using ErrorCallback = void (*)(const char* pszText);
 
+    /// No callback, no source name.
     CMyCrypto();
+    ///@{
+    /// Copies the source name and the callback.
     CMyCrypto(const CMyCrypto& other);
     CMyCrypto& operator=(const CMyCrypto& other);
+    ///@}
     virtual ~CMyCrypto();
 
     /// The process-wide instance, made on first use (thread-safe) and destroyed at exit.

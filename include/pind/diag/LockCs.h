@@ -7,15 +7,19 @@
 #include "pind/platform/CriticalSection.h"
 #include "pind/platform/Export.h"
 
+/// A recursive lock for client code.
 class PIND_API CMyLockCs {
 public:
+    /// An unlocked lock.
     CMyLockCs();
     virtual ~CMyLockCs();
     /// Copies are the client's member-wise copies: on Windows the critical section's bytes are
     /// copied as they are; on other platforms the copy gets a fresh unlocked lock (assignment keeps
     /// the target's). Copy only a lock that is not in use.
+    ///@{
     CMyLockCs(const CMyLockCs&) = default;
     CMyLockCs& operator=(const CMyLockCs&) = default;
+    ///@}
 
     /// Waits for the lock; always true.
     bool Lock();

@@ -12,8 +12,10 @@
 #include "pind/files/WholeFilePackage.h"
 #include "pind/platform/Export.h"
 
+/// The files below a folder, served as a package.
 class PIND_API CDirPackage : public CWholeFilePackage {
 public:
+    /// Serves the files below `root`; nothing is read until a file is opened.
     explicit CDirPackage(const std::string& root);
     ~CDirPackage() override;
     CDirPackage(const CDirPackage&) = delete;

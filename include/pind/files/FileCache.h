@@ -15,20 +15,21 @@
 /// fallback marker (null buffer, length and position kFallbackMark) stands for a CPackFile whose
 /// address is the handle.
 struct FileCacheEntry {
-    static constexpr int32_t kFallbackMark = -999999;
+    static constexpr int32_t kFallbackMark = -999999;  ///< length and position of a fallback entry
 
-    void* pBuffer = nullptr;
-    int32_t nLength = 0;
-    int32_t nPos = 0;
+    void* pBuffer = nullptr;  ///< the package's whole-file buffer
+    int32_t nLength = 0;      ///< bytes in the buffer
+    int32_t nPos = 0;         ///< the read position
 
+    /// True for the fallback marker.
     bool IsFallback() const { return nLength == kFallbackMark && nPos == kFallbackMark; }
 };
 
 /// The handles and their entries. Memory handles count 1, 2, 3 ... and are never reused; fallback
 /// handles are file-object addresses. Unlocked: meant for one thread.
 struct PIND_API FileCache {
-    std::map<uint64_t, FileCacheEntry> mapEntries;
-    uint64_t nIssued = 0;
+    std::map<uint64_t, FileCacheEntry> mapEntries;  ///< open entries by handle
+    uint64_t nIssued = 0;                           ///< the last memory handle given out
 };
 
 /// The process-wide cache, made on first use and destroyed at exit (open buffers are not freed).

@@ -13,6 +13,7 @@
 #include "pind/platform/CriticalSection.h"
 #include "pind/platform/Export.h"
 
+/// Named byte strings held in memory, served as a package.
 class PIND_API CMemoryPackage : public CWholeFilePackage {
 public:
     /// Adds or replaces a file. False (nothing added) for a name a package cannot hold: empty,
@@ -30,7 +31,7 @@ protected:
 
 private:
     mutable pind::platform::CriticalSection m_cs;
-    std::map<std::string, std::string> m_files;  // by normalised name
+    std::map<std::string, std::string> m_files;  ///< by normalised name
 };
 
 #endif  // PIND_FILES_MEMORYPACKAGE_H_

@@ -16,6 +16,7 @@ namespace pind::detail {
 class PackageFiles;
 }
 
+/// A package that reads each file whole and tracks the handles and buffers it gives out.
 class PIND_API CWholeFilePackage : public pind::platform::IPindPackage {
 public:
     CWholeFilePackage();

@@ -11,6 +11,7 @@
 
 #include "pind/platform/Export.h"
 
+/// Reads the first entry of zip archives into one reusable buffer.
 class PIND_API CMyZipOperator {
 public:
     /// The size the buffer starts at.
@@ -18,10 +19,13 @@ public:
     /// Bytes decompressed per read.
     static constexpr uint32_t kChunkSize = 8192;
 
+    /// No buffer yet; the first read allocates kInitialCapacity bytes.
     CMyZipOperator();
+    ///@{
     /// The copy shares the original's buffer; the buffer lives until its last sharer lets it go.
     CMyZipOperator(const CMyZipOperator& other);
     CMyZipOperator& operator=(const CMyZipOperator& other);
+    ///@}
     virtual ~CMyZipOperator();
 
     /// The uncompressed size the archive declares for its first entry, with `*ppData` set to the
@@ -39,6 +43,7 @@ public:
 
     /// Bytes the buffer holds (0 before the first call).
     uint32_t GetCapacity() const { return m_nCapacity; }
+    /// The buffer the last read filled; null before the first call.
     const unsigned char* GetBuffer() const { return m_pBuffer.get(); }
 
 private:

@@ -13,8 +13,10 @@
 #include "pind/files/WholeFilePackage.h"
 #include "pind/platform/Export.h"
 
+/// The entries of a zip archive, served as a package.
 class PIND_API CZipPackage : public CWholeFilePackage {
 public:
+    /// Opens and indexes `archive`; an archive that does not open serves no files.
     explicit CZipPackage(const std::string& archive);
     ~CZipPackage() override;
     CZipPackage(const CZipPackage&) = delete;

@@ -13,9 +13,9 @@ namespace pind {
 
 /// One entry to write: its name inside the archive, its bytes, stored or deflated.
 struct ZipSource {
-    std::string name;
-    std::string bytes;
-    bool bDeflate = true;
+    std::string name;       ///< the path inside the archive, with '/' between folders
+    std::string bytes;      ///< the entry's contents
+    bool bDeflate = true;   ///< deflated when true, stored when false
 };
 
 /// Creates (or replaces) `path` holding `entries` in order; an empty list makes an empty archive.

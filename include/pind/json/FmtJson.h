@@ -41,14 +41,14 @@ struct JsonNode {
 /// Parses exactly one JSON value (RFC 8259) surrounded by optional whitespace; the tree, or null
 /// on any error (trailing commas, leading zeros, comments, control characters in strings, invalid
 /// escapes, unpaired surrogates, nesting deeper than 512, anything after the value). Bytes
-/// 0x80-0xFF in strings are kept as they are; \u escapes become UTF-8. A \u0000 escape ends the
+/// 0x80-0xFF in strings are kept as they are; `\u` escapes become UTF-8. A `\u0000` escape ends the
 /// stored text, since texts are zero-terminated. A null text gives null.
 PIND_API JsonNode* JsonParse(const char* pszText);
 
 /// Where and why a parse failed: the byte offset of the fault and a short lower-case reason.
 struct JsonParseError {
-    size_t nOffset = 0;
-    const char* pszWhat = "";
+    size_t nOffset = 0;        ///< the byte offset of the fault
+    const char* pszWhat = "";  ///< the reason, a static text
 };
 
 /// JsonParse over `nLen` bytes that may contain zero bytes (which are never valid JSON); on

@@ -16,6 +16,7 @@
 
 namespace _log {
 
+/// The six levels, least severe first; a logger writes records at or above its own level.
 enum LogLevel : uint32_t {
     LOG_TRACE = 0,
     LOG_DEBUG = 1,
@@ -33,6 +34,7 @@ PIND_API const char* LevelName(uint32_t nLevel);
 /// the table print nothing.
 class PIND_API LogValue {
 public:
+    /// The kind codes, as the client's code and its log readers know them.
     enum Kind : uint32_t {
         kEmpty = 0,
         kChar = 1,
@@ -53,7 +55,11 @@ public:
         kSource = 16,
     };
 
+    /// Kind 0, which prints nothing.
     LogValue() = default;
+    ///@{
+    /// The kind of the argument's type: char 1 (signed char too), unsigned char 2, uint16_t 3,
+    /// int16_t 4, uint32_t 5, int32_t 6.
     LogValue(char c);
     LogValue(signed char c);
     LogValue(unsigned char c);
@@ -61,22 +67,34 @@ public:
     LogValue(int16_t n);
     LogValue(uint32_t n);
     LogValue(int32_t n);
+    ///@}
     /// 32-bit `long` (Windows) gives kind 8 / 7, 64-bit `long` gives 10 / 9.
+    ///@{
     LogValue(long n);
     LogValue(unsigned long n);
+    ///@}
+    ///@{
+    /// The kind of the argument's type: long long 10, unsigned long long 9, float 11, double 12,
+    /// bool 13.
     LogValue(long long n);
     LogValue(unsigned long long n);
     LogValue(float f);
     LogValue(double d);
     LogValue(bool b);
+    ///@}
     /// Kind 14; a null pointer is the empty text.
+    ///@{
     LogValue(const char* psz);
     LogValue(const std::string& str);
+    ///@}
 
     /// Copies exactly the payload the kind names; any other kind copies only the kind code.
+    ///@{
     LogValue(const LogValue& other);
     LogValue& operator=(const LogValue& other);
+    ///@}
 
+    /// Kind 0, which prints nothing.
     static LogValue Empty() { return LogValue(); }
     /// Kind 15: a ready-made fragment, printed neither quoted nor escaped.
     static LogValue Raw(const std::string& str);
@@ -85,6 +103,7 @@ public:
     /// The same payload under another kind code (2, 7 or 8 on any platform, or any code at all).
     static LogValue WithKind(uint32_t nKind, const LogValue& value);
 
+    /// The kind code (0..16 for the kinds above; WithKind may have set any other).
     uint32_t Kind() const { return m_nKind; }
     /// The text of kinds 14, 15 and 16 (the file name); "" otherwise.
     const std::string& Text() const { return m_str; }
@@ -122,28 +141,32 @@ private:
 
 /// One named value. Lists keep insertion order, which is output order; keys need not be unique.
 struct PIND_API LogAttribute {
+    /// An empty key with the empty value.
     LogAttribute() = default;
+    /// The key and its value.
     LogAttribute(std::string key, LogValue val) : strKey(std::move(key)), value(std::move(val)) {}
 
-    std::string strKey;
-    LogValue value;
+    std::string strKey;  ///< the name, printed as it is
+    LogValue value;      ///< the value
 };
 
+/// Attributes in output order.
 using LogAttributes = std::vector<LogAttribute>;
 
 /// What a logger hands its writer. The message is the caller's string and must outlive the record.
 struct PIND_API LogRecord {
+    /// Keeps a reference to `msg`; takes the two lists.
     LogRecord(uint32_t kind, const std::string& msg, LogAttributes context, LogAttributes top)
         : nKind(kind), strMsg(msg), vecContext(std::move(context)), vecTop(std::move(top)) {}
 
-    uint32_t nKind;  // 0 structured text, 1 plain text
-    const std::string& strMsg;
-    LogAttributes vecContext;  // printed inside "attr"/"c"
-    LogAttributes vecTop;      // "cate", "file", "line"
+    uint32_t nKind;             ///< 0 structured text, 1 plain text
+    const std::string& strMsg;  ///< the caller's message
+    LogAttributes vecContext;   ///< printed inside "attr"/"c"
+    LogAttributes vecTop;       ///< "cate", "file", "line"
 };
 
-/// Appends `text` escaped as a text value: \b \t \n \f \r \" \\ by name, other bytes below 0x20 as
-/// \u00xx, everything else (GBK bytes, 0x7F) unchanged.
+/// Appends `text` escaped as a text value: `\b \t \n \f \r \" \\` by name, other bytes below 0x20
+/// as `\u00xx`, everything else (GBK bytes, 0x7F) unchanged.
 PIND_API void AppendEscaped(std::string* pOut, const char* pText, size_t nLen);
 
 /// Replaces `*pOut` with the record's text. Kind 0: the structured one-line text. Any other kind:

@@ -18,6 +18,7 @@
 
 namespace _log {
 
+/// A logger as the client calls it: a level, fixed attributes, and Log.
 class PIND_API ILogger {
 public:
     virtual ~ILogger();
@@ -30,11 +31,14 @@ public:
     /// dropped), "__out__" (not to the file) and "__cb__" (not to the callback) are taken out; a
     /// record of a disabled category is dropped.
     virtual void Log(uint32_t nLevel, const std::string& strMsg, const LogAttributes& attrs) = 0;
+    /// Log with no attributes.
     virtual void Log(uint32_t nLevel, const std::string& strMsg) = 0;
 };
 
+/// The library's logger: sorts attributes into a record and hands it to its own file writer.
 class PIND_API CLogger : public ILogger {
 public:
+    /// A logger with its own copy of `config` and a writer made from it.
     explicit CLogger(const LoggerConfig& config);
     ~CLogger() override;
     CLogger(const CLogger&) = delete;
@@ -45,7 +49,9 @@ public:
     void Log(uint32_t nLevel, const std::string& strMsg, const LogAttributes& attrs) override;
     void Log(uint32_t nLevel, const std::string& strMsg) override;
 
+    /// The logger's copy of its configuration.
     const LoggerConfig& Config() const { return m_config; }
+    /// The logger's file writer; owned by the logger.
     CLoggerWriterDirctToFile* Writer() { return m_pWriter; }
 
 private:
@@ -55,6 +61,7 @@ private:
     CLoggerWriterDirctToFile* m_pWriter;
 };
 
+/// Makes and keeps the loggers, and decides which categories are enabled.
 class PIND_API ILoggerFactory {
 public:
     virtual ~ILoggerFactory();
@@ -71,9 +78,13 @@ public:
     virtual ILogger* GetLogger(const LoggerConfig& config) = 0;
     /// The process-wide callback; null switches it off.
     virtual void SetCallback(ILogCallback* pCallback) = 0;
+    /// Maps category `strCate` to the name `strName` that EnableName switches on.
     virtual void AddCategoryName(const std::string& strCate, const std::string& strName) = 0;
+    /// Maps category `strCate` to the id `nId` that EnableId switches on.
     virtual void AddCategoryId(const std::string& strCate, uint32_t nId) = 0;
+    /// Enables every category mapped to `nId`.
     virtual void EnableId(uint32_t nId) = 0;
+    /// Enables every category mapped to `strName`.
     virtual void EnableName(const std::string& strName) = 0;
     /// True for an untagged category, or when one of its names or numbers is active.
     virtual bool IsCategoryEnabled(const std::string& strCate) = 0;
@@ -115,6 +126,7 @@ private:
 class PIND_API ILoggerExpand {
 public:
     virtual ~ILoggerExpand();
+    /// Whatever the client makes of it.
     virtual void Expand() = 0;
 };
 

@@ -38,14 +38,19 @@ PIND_API const ClockSource* SetClockSource(const ClockSource* source);
 /// The source in use: the installed one, else SystemClock().
 PIND_API const ClockSource& CurrentClock();
 
+/// `timeGetTime`: milliseconds from the current clock source, wrapping at 2^32.
 PIND_API uint32_t TimeGetTime();
+/// `GetTickCount`: milliseconds from the current clock source, wrapping at 2^32.
 PIND_API uint32_t GetTickCount();
+/// The current clock source's high-resolution counter.
 PIND_API int64_t QueryPerformanceCounter();
+/// Counts per second of QueryPerformanceCounter.
 PIND_API int64_t QueryPerformanceFrequency();
 /// `clock()` in milliseconds since process start (CLOCKS_PER_SEC is 1000 on Windows).
 PIND_API int32_t ProcessClock();
 /// `_time64(nullptr)`: whole seconds since 1970, rounded down.
 PIND_API int64_t Time64();
+/// The wall clock in milliseconds since 1970.
 PIND_API int64_t UnixTimeMs();
 
 }  // namespace pind::platform

@@ -11,9 +11,9 @@
 
 namespace pind::platform {
 
-constexpr int kErrInvalid = 22;             // EINVAL
-constexpr int kErrRange = 34;               // ERANGE
-constexpr int kNlsCompareError = 0x7FFFFFFF;  // _NLSCMPERROR
+constexpr int kErrInvalid = 22;             ///< EINVAL
+constexpr int kErrRange = 34;               ///< ERANGE
+constexpr int kNlsCompareError = 0x7FFFFFFF;  ///< _NLSCMPERROR
 
 /// `_itoa_s` (and `_ltoa_s`, whose long is 32-bit on Windows). Digits are lower-case; only radix 10
 /// prints a '-', other radixes print the value's 32-bit two's complement. Returns 0 on success;
@@ -22,11 +22,13 @@ constexpr int kNlsCompareError = 0x7FFFFFFF;  // _NLSCMPERROR
 /// outside 2..36, and kErrRange (buffer[0] = 0) when the digits and terminator do not fit.
 /// No invalid-parameter handler is ever invoked.
 PIND_API int ItoaS(int32_t value, char* buffer, size_t size, int radix);
+/// `_ltoa_s`: exactly ItoaS, long being 32-bit on Windows.
 PIND_API int LtoaS(int32_t value, char* buffer, size_t size, int radix);
 /// `_ultoa_s`: as ItoaS, never negative.
 PIND_API int UltoaS(uint32_t value, char* buffer, size_t size, int radix);
 /// `_i64toa_s` / `_ui64toa_s`: as ItoaS over 64 bits.
 PIND_API int I64toaS(int64_t value, char* buffer, size_t size, int radix);
+/// `_ui64toa_s`: as ItoaS over 64 bits, never negative.
 PIND_API int Ui64toaS(uint64_t value, char* buffer, size_t size, int radix);
 
 /// `_stricmp`: compares after mapping ASCII A-Z to a-z; returns the difference of the first

@@ -37,16 +37,23 @@ public:
 
 /// Installs `package` (null: none); returns the one installed before. Not owned.
 PIND_API IPindPackage* SetPackage(IPindPackage* package);
+/// The installed package, or null.
 PIND_API IPindPackage* GetPackage();
 
 /// The engine entry points. With no package installed: VoFOpen and VoFDump return -1, VoFGetLen,
 /// VOFRead and VoFExist return 0, the others do nothing.
 PIND_API int VoFOpen(const char* name, PackHandle* handle);
+/// The length of the open entry.
 PIND_API uint32_t VoFGetLen(PackHandle handle);
+/// Reads up to size * count bytes of the entry; returns the number of items read.
 PIND_API uint32_t VOFRead(void* buffer, uint32_t size, uint32_t count, PackHandle handle);
+/// Closes the entry.
 PIND_API void VoFClose(PackHandle handle);
+/// Non-zero when the package holds `name`.
 PIND_API int VoFExist(const char* name, int flag);
+/// Loads the whole entry into a buffer the package allocates; free it with VoFUndump.
 PIND_API int VoFDump(const char* name, void** buffer, int32_t* length, int flag);
+/// Frees a buffer VoFDump returned.
 PIND_API void VoFUndump(void* buffer);
 
 }  // namespace pind::platform

@@ -29,22 +29,24 @@ PIND_API bool SetEnv(const char* name, const char* value);
 /// `_mkdir`: 0 when created; -1 otherwise (errno EEXIST when it already exists).
 PIND_API int MakeDir(const char* path);
 
-/// `_filelength` / `_filelengthi64` of an open descriptor; -1 on error.
+/// `_filelength` of an open descriptor; -1 on error.
 PIND_API long FileLength(int fd);
+/// `_filelengthi64` of an open descriptor; -1 on error.
 PIND_API int64_t FileLength64(int fd);
 /// `_fileno`; -1 for a null stream.
 PIND_API int FileNo(std::FILE* stream);
-/// `_fseeki64` / `_ftelli64`: 0 / the position on success, -1 on failure.
+/// `_fseeki64`: 0 on success, -1 on failure.
 PIND_API int Seek64(std::FILE* stream, int64_t offset, int whence);
+/// `_ftelli64`: the position, -1 on failure.
 PIND_API int64_t Tell64(std::FILE* stream);
 /// `_setmode(_fileno(stream), _O_BINARY)`: no newline translation on the stream (a no-op on POSIX).
 /// False for a null stream or when the mode cannot be set.
 PIND_API bool SetBinaryMode(std::FILE* stream);
 
-constexpr uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;  // INVALID_FILE_ATTRIBUTES
-constexpr uint32_t kFileAttributeReadonly = 0x01;
-constexpr uint32_t kFileAttributeDirectory = 0x10;
-constexpr uint32_t kFileAttributeNormal = 0x80;
+constexpr uint32_t kInvalidFileAttributes = 0xFFFFFFFFu;  ///< INVALID_FILE_ATTRIBUTES
+constexpr uint32_t kFileAttributeReadonly = 0x01;   ///< FILE_ATTRIBUTE_READONLY
+constexpr uint32_t kFileAttributeDirectory = 0x10;  ///< FILE_ATTRIBUTE_DIRECTORY
+constexpr uint32_t kFileAttributeNormal = 0x80;     ///< FILE_ATTRIBUTE_NORMAL
 
 /// `GetFileAttributesA`: kInvalidFileAttributes when the path does not exist (or is null).
 PIND_API uint32_t FileAttributes(const char* path);
@@ -58,29 +60,30 @@ PIND_API uint32_t PrivateProfileInt(const char* section, const char* key, int de
 
 /// `GetThreadTimes` of the calling thread, in 100-nanosecond units.
 struct ThreadTimes {
-    int64_t kernel;
-    int64_t user;
+    int64_t kernel;  ///< time in the kernel
+    int64_t user;    ///< time in user code
 };
 /// False (and zeros) when the platform cannot tell.
 PIND_API bool GetThreadTimes(ThreadTimes* out);
 
 /// Heaps in the shape of `GetProcessHeaps` / `HeapWalk` (PROCESS_HEAP_ENTRY).
 using HeapHandle = void*;
-constexpr uint16_t kHeapEntryRegion = 0x0001;       // PROCESS_HEAP_REGION
-constexpr uint16_t kHeapEntryUncommitted = 0x0002;  // PROCESS_HEAP_UNCOMMITTED_RANGE
-constexpr uint16_t kHeapEntryBusy = 0x0004;         // PROCESS_HEAP_ENTRY_BUSY
+constexpr uint16_t kHeapEntryRegion = 0x0001;       ///< PROCESS_HEAP_REGION
+constexpr uint16_t kHeapEntryUncommitted = 0x0002;  ///< PROCESS_HEAP_UNCOMMITTED_RANGE
+constexpr uint16_t kHeapEntryBusy = 0x0004;         ///< PROCESS_HEAP_ENTRY_BUSY
 
+/// One step of a heap walk, the fields of PROCESS_HEAP_ENTRY.
 struct HeapEntry {
-    uintptr_t data;        // lpData
-    uint32_t dataSize;     // cbData
-    uint8_t overhead;      // cbOverhead
-    uint8_t regionIndex;   // iRegionIndex
-    uint16_t flags;        // wFlags
+    uintptr_t data;        ///< lpData
+    uint32_t dataSize;     ///< cbData
+    uint8_t overhead;      ///< cbOverhead
+    uint8_t regionIndex;   ///< iRegionIndex
+    uint16_t flags;        ///< wFlags
     // Region part, meaningful when flags has kHeapEntryRegion.
-    uint32_t committedSize;
-    uint32_t uncommittedSize;
-    uintptr_t firstBlock;  // lpFirstBlock
-    uintptr_t lastBlock;   // lpLastBlock
+    uint32_t committedSize;    ///< Region.dwCommittedSize
+    uint32_t uncommittedSize;  ///< Region.dwUnCommittedSize
+    uintptr_t firstBlock;  ///< lpFirstBlock
+    uintptr_t lastBlock;   ///< lpLastBlock
 };
 
 /// Fills up to `maxHeaps` handles and returns the number of heaps the process has (which may be

@@ -14,14 +14,14 @@ namespace pind::platform {
 
 /// Same fields and meanings as Win32 SYSTEMTIME.
 struct SystemTime {
-    uint16_t wYear;
-    uint16_t wMonth;      // 1-12
-    uint16_t wDayOfWeek;  // 0 = Sunday
-    uint16_t wDay;
-    uint16_t wHour;
-    uint16_t wMinute;
-    uint16_t wSecond;
-    uint16_t wMilliseconds;
+    uint16_t wYear;       ///< e.g. 2026
+    uint16_t wMonth;      ///< 1-12
+    uint16_t wDayOfWeek;  ///< 0 = Sunday
+    uint16_t wDay;           ///< 1-31
+    uint16_t wHour;          ///< 0-23
+    uint16_t wMinute;        ///< 0-59
+    uint16_t wSecond;        ///< 0-59
+    uint16_t wMilliseconds;  ///< 0-999
 };
 
 /// Re-reads the zone (`_tzset`); call after changing `TZ`.
@@ -41,8 +41,9 @@ PIND_API bool GmTime64(int64_t t, std::tm* out);
 /// `_mktime64`: normalises `tm` as local time and returns seconds since 1970, or -1.
 PIND_API int64_t MkTime64(std::tm* tm);
 
-/// `GetLocalTime` / `GetSystemTime` from the clock seam's wall clock.
+/// `GetLocalTime`: the clock seam's wall clock as local fields.
 PIND_API void GetLocalTime(SystemTime* out);
+/// `GetSystemTime`: the clock seam's wall clock as UTC fields.
 PIND_API void GetSystemTime(SystemTime* out);
 
 }  // namespace pind::platform

@@ -16,22 +16,23 @@
 #include <cstdint>
 
 struct HWND__;
-typedef HWND__* HWND;        // window handle
-typedef void* HANDLE;        // kernel object handle (heap handles among them)
-typedef uintptr_t WPARAM;    // UINT_PTR
-typedef intptr_t LPARAM;     // LONG_PTR
-typedef intptr_t LRESULT;    // LONG_PTR
-typedef uint32_t UINT;
-typedef uint32_t DWORD;
-typedef int32_t LONG;
-typedef int BOOL;
+typedef HWND__* HWND;        ///< window handle
+typedef void* HANDLE;        ///< kernel object handle (heap handles among them)
+typedef uintptr_t WPARAM;    ///< UINT_PTR
+typedef intptr_t LPARAM;     ///< LONG_PTR
+typedef intptr_t LRESULT;    ///< LONG_PTR
+typedef uint32_t UINT;       ///< 32-bit unsigned
+typedef uint32_t DWORD;      ///< 32-bit unsigned
+typedef int32_t LONG;        ///< 32-bit signed, as on Windows
+typedef int BOOL;            ///< non-zero is true
+/// A point in client or screen coordinates.
 typedef struct tagPOINT {
-    LONG x;
-    LONG y;
+    LONG x;  ///< from the left
+    LONG y;  ///< from the top
 } POINT;
 
 #ifndef WM_USER
-#define WM_USER 0x0400
+#define WM_USER 0x0400  ///< the first message number free for applications
 #endif
 #endif
 

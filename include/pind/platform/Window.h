@@ -25,6 +25,7 @@ public:
 /// Installs `sink` (null: the platform's default); returns the one installed before. Not owned.
 PIND_API IWindowMessageSink* SetWindowMessageSink(IWindowMessageSink* sink);
 
+/// `PostMessage` through the installed sink; its answer.
 PIND_API BOOL PostWindowMessage(HWND hWnd, UINT msg, WPARAM wParam, LPARAM lParam);
 /// A null point fails without touching anything.
 PIND_API BOOL ScreenToClient(HWND hWnd, POINT* point);
@@ -34,6 +35,7 @@ using KeyStateSource = int16_t (*)(int virtualKey);
 
 /// Installs `source` (null: the platform's default); returns the one installed before.
 PIND_API KeyStateSource SetKeyStateSource(KeyStateSource source);
+/// `GetAsyncKeyState` through the installed source: bit 15 set while the key is down.
 PIND_API int16_t GetAsyncKeyState(int virtualKey);
 
 }  // namespace pind::platform

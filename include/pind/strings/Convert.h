@@ -42,6 +42,7 @@ template <typename W, typename = std::enable_if_t<std::is_same_v<W, wchar_t> && 
 std::string WideToUtf8(const W* pwszText) {
     return WideToUtf8(reinterpret_cast<const char16_t*>(pwszText));
 }
+/// The same for one wchar_t unit where wchar_t is 16-bit (Windows).
 template <typename W, typename = std::enable_if_t<std::is_same_v<W, wchar_t> && sizeof(W) == 2>>
 std::string WideToUtf8(W wch) {
     return WideToUtf8(static_cast<char16_t>(wch));

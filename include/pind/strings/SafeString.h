@@ -28,8 +28,11 @@ PIND_API int SafeItoA(const int32_t* pnValue, char* pszBuffer, size_t nSize, int
 /// behind the pointer, with the runtime's error codes; -1 without a log line for a null buffer.
 /// The value pointer is not checked.
 PIND_API int SafeI64toA(const int64_t* pnValue, char* pszBuffer, size_t nSize, int nRadix);
+/// `_ui64toa_s` of the value behind the pointer, as SafeI64toA.
 PIND_API int SafeUi64toA(const uint64_t* pnValue, char* pszBuffer, size_t nSize, int nRadix);
+/// `_ltoa_s` of the value behind the pointer, as SafeI64toA.
 PIND_API int SafeLtoA(const int32_t* pnValue, char* pszBuffer, size_t nSize, int nRadix);
+/// `_ultoa_s` of the value behind the pointer, as SafeI64toA.
 PIND_API int SafeUltoA(const uint32_t* pnValue, char* pszBuffer, size_t nSize, int nRadix);
 
 /// `strtoul` with Windows' 32-bit unsigned long: a '-' negates modulo 2^32, a magnitude above

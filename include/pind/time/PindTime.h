@@ -71,7 +71,7 @@ public:
     void SetUseEngineClock(bool bUse) { m_bUseEngineClock = bUse; }
 
     // --- checks on "now" (server wall time)
-    /// Each non-empty list must hold today's month (1-12), day of month, and weekday (1 Monday ..
+    /// Each non-empty list must hold today's month (1-12), day of month, and weekday (1 Monday to
     /// 7 Sunday); true when the server time cannot be read.
     bool IsInCalendar(const std::vector<int32_t>& vecMonths, const std::vector<int32_t>& vecDays,
                       const std::vector<int32_t>& vecWeekdays) const;
@@ -101,13 +101,16 @@ public:
                          int32_t nMinute, int32_t nSecond) const;
     /// SecondsUntil of a YYYYMMDDhhmm (years 1-999 are 2000 + year); 0 for a value below 1.
     int64_t SecondsUntilPacked(int64_t nPacked) const;
-    /// Whole minutes or days between now and the fields, truncated toward zero; 0 when the time
-    /// cannot be read.
+    /// Whole minutes from the fields to now, truncated toward zero; 0 when the time cannot be
+    /// read.
     int64_t MinutesSince(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                          int32_t nMinute) const;
+    /// Whole minutes from now to the fields, truncated toward zero; 0 when the time cannot be read.
     int64_t MinutesUntil(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                          int32_t nMinute) const;
+    /// Whole days from the date to now, truncated toward zero; 0 when the time cannot be read.
     int64_t DaysSince(int32_t nYear, int32_t nMonth, int32_t nDay) const;
+    /// Whole days from now to the date, truncated toward zero; 0 when the time cannot be read.
     int64_t DaysUntil(int32_t nYear, int32_t nMonth, int32_t nDay) const;
     /// t minus the server wall time now read as a machine-local time (no zone correction); 0 when
     /// the time cannot be read.
@@ -149,6 +152,9 @@ public:
     std::tm* ServerTmForZone(int32_t nMode) const;
 
     // --- the synchronisation state
+    ///@{
+    /// The synchronisation state as SyncServerTime and UpdateDerivedSeconds left it, field by
+    /// field.
     int32_t GetZoneOffset() const { return m_nZoneOffset; }
     int32_t GetServerTimeAtWall() const { return m_nServerTimeAtWall; }
     uint64_t GetSyncTick() const { return m_uSyncTick; }
@@ -157,6 +163,7 @@ public:
     int32_t GetServerClockAtSync() const { return m_nServerClockAtSync; }
     int64_t GetWallAtSync() const { return m_nWallAtSync; }
     uint32_t GetDerivedSeconds() const { return m_uDerivedSeconds; }
+    ///@}
 
 private:
     // Fields in the client's declaration order; the client relies on the layout.
@@ -171,7 +178,7 @@ private:
     bool m_bStopwatchRunning = false;
     uint64_t m_uStopwatchStart = 0;
     uint64_t m_uStopwatchElapsed = 0;
-    int32_t m_nReserved1 = 0;  // kept for the layout; nothing reads the three reserved values
+    int32_t m_nReserved1 = 0;  ///< kept for the layout; nothing reads the three reserved values
     int64_t m_nReserved2 = 0;
     int64_t m_nReserved3 = 0;
     bool m_bUseEngineClock = false;
@@ -179,40 +186,69 @@ private:
 
 // The checks and conversions on the process-wide object (CPindTime::Instance()); each does exactly
 // what the method of the same name does.
+/// \copydoc CPindTime::GetServerTm
 PIND_API std::tm* GetServerTm();
+/// \copydoc CPindTime::GetZoneHours
 PIND_API int32_t GetZoneHours();
+/// \copydoc CPindTime::IsInCalendar
 PIND_API bool IsInCalendar(const std::vector<int32_t>& vecMonths,
                            const std::vector<int32_t>& vecDays,
                            const std::vector<int32_t>& vecWeekdays);
+/// \copydoc CPindTime::IsInDailyWindow
 PIND_API bool IsInDailyWindow(int32_t nStartHHMM, int32_t nEndHHMM);
+/// \copydoc CPindTime::IsInDateWindow
 PIND_API bool IsInDateWindow(uint32_t uStart, uint32_t uEnd);
+/// \copydoc CPindTime::GetWeeklyWindowRemain
 PIND_API int32_t GetWeeklyWindowRemain(int32_t nStartDHHMM, int32_t nEndDHHMM);
+/// \copydoc CPindTime::IsWeekdayInMask
 PIND_API bool IsWeekdayInMask(uint32_t uMask);
+/// \copydoc CPindTime::GetActivityState
 PIND_API int32_t GetActivityState(int64_t nStart, int64_t nEnd);
+/// \copydoc CPindTime::GetActivityStateByOpenDay
 PIND_API int32_t GetActivityStateByOpenDay(int32_t nFirstDay, int32_t nDays, int64_t nBase,
                                            uint32_t uDeadline);
+/// \copydoc CPindTime::SecondsUntil
 PIND_API int64_t SecondsUntil(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                               int32_t nMinute, int32_t nSecond);
+/// \copydoc CPindTime::SecondsUntilPacked
 PIND_API int64_t SecondsUntilPacked(int64_t nPacked);
+/// \copydoc CPindTime::MinutesSince
 PIND_API int64_t MinutesSince(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                               int32_t nMinute);
+/// \copydoc CPindTime::MinutesUntil
 PIND_API int64_t MinutesUntil(int32_t nYear, int32_t nMonth, int32_t nDay, int32_t nHour,
                               int32_t nMinute);
+/// \copydoc CPindTime::DaysSince
 PIND_API int64_t DaysSince(int32_t nYear, int32_t nMonth, int32_t nDay);
+/// \copydoc CPindTime::DaysUntil
 PIND_API int64_t DaysUntil(int32_t nYear, int32_t nMonth, int32_t nDay);
+/// \copydoc CPindTime::SecondsUntilInstant
 PIND_API int64_t SecondsUntilInstant(int64_t t);
+/// \copydoc CPindTime::PackedToServerTime
 PIND_API int64_t PackedToServerTime(int64_t nPacked);
+/// \copydoc CPindTime::YYMMDDhhmmToServerTime
 PIND_API int64_t YYMMDDhhmmToServerTime(uint32_t uPacked);
+/// \copydoc CPindTime::TmToServerTime
 PIND_API int64_t TmToServerTime(std::tm* pTm);
+/// \copydoc CPindTime::NowPackedYYMMDDhhmmss
 PIND_API int64_t NowPackedYYMMDDhhmmss();
+/// \copydoc CPindTime::NowPackedYYMMDDhhmm
 PIND_API uint32_t NowPackedYYMMDDhhmm();
+/// \copydoc CPindTime::NowPackedYYMMDD
 PIND_API uint32_t NowPackedYYMMDD();
+/// \copydoc CPindTime::NowHHMM
 PIND_API int32_t NowHHMM();
+/// \copydoc CPindTime::GetServerWeekday
 PIND_API int32_t GetServerWeekday();
+/// \copydoc CPindTime::ShiftToWeekday
 PIND_API int64_t ShiftToWeekday(int32_t nWeekday, int64_t t);
+/// \copydoc CPindTime::NextWeekdayTime
 PIND_API int64_t NextWeekdayTime(int64_t t, int32_t nWeekday, int32_t nFlag);
+/// \copydoc CPindTime::MonthStart
 PIND_API int64_t MonthStart(int64_t t);
+/// \copydoc CPindTime::SecondsToNextDay
 PIND_API int64_t SecondsToNextDay();
+/// \copydoc CPindTime::ServerTmForZone
 PIND_API std::tm* ServerTmForZone(int32_t nMode);
 
 #endif  // PIND_TIME_PINDTIME_H_
