@@ -37,9 +37,9 @@ PIND_API double least_val(int nterms, const double b[], const double c[], const 
 
 /// Three floats: a point or a vector in space, or any three values that belong together.
 struct Vec3f {
-    float x;
-    float y;
-    float z;
+    float x;  ///< First value: the x coordinate of a point or vector.
+    float y;  ///< Second value: the y coordinate.
+    float z;  ///< Third value: the z coordinate.
 };
 
 /// The parabola through (xs.x, ys.x), (xs.y, ys.y), (xs.z, ys.z), evaluated at x. Two equal

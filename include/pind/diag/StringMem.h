@@ -13,6 +13,7 @@
 /// Tags `pAddress` with a copy of `pszText` and adds its length + 1 to the total; a null or empty
 /// text does nothing. Tagging a tagged address replaces its text and still adds to the total.
 PIND_API void StringMemAdd(const void* pAddress, const char* pszText);
+/// Tags `pAddress` with the text of `strText` up to its first NUL, as above; empty does nothing.
 PIND_API void StringMemAdd(const void* pAddress, const std::string& strText);
 /// Untags `pAddress` and takes its text's length (without the + 1) off the total; an unknown
 /// address does nothing.

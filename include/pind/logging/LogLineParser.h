@@ -17,23 +17,24 @@ namespace _log {
 /// (numbers, characters, raw fragments, and nothing at all for empty values and source locations)
 /// comes back as its bytes.
 struct LogLineField {
-    std::string strKey;
-    std::string strValue;
-    bool bQuoted = false;
+    std::string strKey;    ///< the attribute name, unescaped
+    std::string strValue;  ///< the value: unescaped when quoted, else its bytes (maybe empty)
+    bool bQuoted = false;  ///< true when the value was a quoted text
 };
 
+/// Fields in the order the line printed them.
 using LogLineFields = std::vector<LogLineField>;
 
 /// A line read back. When `bRecord` is false the line is not a record text (a hand edit, a line
 /// cut short) and only `strLineTime` (when the line starts with one) and `strLine` are set.
 struct PIND_API LogLine {
-    bool bRecord = false;
-    std::string strLine;      // the whole line, without its line end
-    std::string strLineTime;  // "2024-05-07 09:03:12", or "" when the line has none
-    LogLineFields vecHeader;  // before the message: "logtime", "ts", "level", "src"
-    std::string strMsg;
-    LogLineFields vecTop;      // after the message: "cate", "file", "line", ...
-    LogLineFields vecContext;  // inside "attr"/"c"
+    bool bRecord = false;      ///< true when the text parsed as a record with a quoted "msg"
+    std::string strLine;       ///< the whole line, without its line end
+    std::string strLineTime;   ///< "2024-05-07 09:03:12", or "" when the line has none
+    LogLineFields vecHeader;   ///< before the message: "logtime", "ts", "level", "src"
+    std::string strMsg;        ///< the unescaped "msg" text; empty when not a record
+    LogLineFields vecTop;      ///< after the message: "cate", "file", "line", ...
+    LogLineFields vecContext;  ///< inside "attr"/"c"; empty when the record has no context
 
     /// The first field of `fields` named `key`, or null.
     static const LogLineField* Find(const LogLineFields& fields, const char* key);

@@ -23,15 +23,16 @@ PIND_API void PrintfProfileObjectCountInfo();
 PIND_API void PrintHeapInfo();
 /// Stops (true) or resumes every per-frame piece of profiler work.
 PIND_API void SetProfileSuspended(bool bSuspended);
+/// True from SetProfileSuspended(true) until it is called with false; false at the start.
 PIND_API bool GetProfileSuspended();
 
 namespace pind {
 
 /// One heap's sums as the heap report adds them, in bytes.
 struct HeapTotals {
-    int64_t nTotal;
-    int64_t nCommitted;
-    int64_t nUncommitted;
+    int64_t nTotal;        ///< committed plus uncommitted bytes
+    int64_t nCommitted;    ///< the header, busy blocks and free blocks
+    int64_t nUncommitted;  ///< reserved ranges not yet committed
 };
 
 /// Sums one heap's walk: the header before the first block, busy blocks as the distance to the

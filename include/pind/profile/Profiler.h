@@ -36,28 +36,29 @@ PIND_API extern std::atomic<bool> g_profileEnabled;
 /// One timing site: a name with static storage, bound to its section record on first use so that
 /// later calls find it without a map look-up.
 struct ProfileSite {
-    const char* pszName;
-    std::atomic<void*> pSection{nullptr};
-    ProfileSite* pNext = nullptr;  // every bound site, so a restart can unbind them
+    const char* pszName;                   ///< the section name, which must outlive the site
+    std::atomic<void*> pSection{nullptr};  ///< the section record, or null while unbound
+    ProfileSite* pNext = nullptr;          ///< next bound site, so a restart can unbind them all
+    /// A site not yet bound, named `name` (a string with static storage).
     explicit constexpr ProfileSite(const char* name) : pszName(name) {}
 };
 
 /// The settings the profiler reads from "ini/GameSetup.ini" [FrameRate], for hosts and tools that
 /// configure it directly.
 struct ProfileSettings {
-    int32_t nProfile = 0;
-    int32_t nInterval = 10;
-    int32_t nMaxFrameInterval = 3000;
-    int32_t nShowGraph = 0;
-    int32_t nLog = 0;
+    int32_t nProfile = 0;              ///< "Profile": nonzero turns the profiler on
+    int32_t nInterval = 10;            ///< "ProfileInterval": ms between counter resets; 0 keeps it
+    int32_t nMaxFrameInterval = 3000;  ///< "CheckMaxFrameInterval": slow-frame ms; 0 turns it off
+    int32_t nShowGraph = 0;            ///< "ProfileShowGraph": nonzero draws the overlay
+    int32_t nLog = 0;                  ///< "ProfileLog": nonzero logs process times of slow frames
 };
 
 /// The overlay's state: origin offset, display mode (1 rows, 2 classification graph), selection.
 struct ProfileOverlayState {
-    int32_t nX;
-    int32_t nY;
-    int32_t nMode;
-    int32_t nSelection;
+    int32_t nX;          ///< horizontal offset, moved by Ctrl+Left/Right; 0 at the start
+    int32_t nY;          ///< vertical offset, moved by Ctrl+Up/Down; 0 at the start
+    int32_t nMode;       ///< 1 (the start) or 2, set by Ctrl+Numpad 1 or Ctrl+Numpad 2
+    int32_t nSelection;  ///< stepped by Ctrl+Numpad 4/6 (unbounded), 0 after Ctrl+Numpad 5
 };
 
 /// Creates the profiler with `settings` instead of the INI file (or replaces the settings of the
@@ -69,6 +70,7 @@ PIND_API void ProfileConfigure(const ProfileSettings& settings);
 /// scope is open on it.
 PIND_API void ProfileRestart();
 
+/// A copy of the overlay's state; the start values before the first frame and after a restart.
 PIND_API ProfileOverlayState ProfileGetOverlayState();
 
 /// How many frames the trace keeps (default 300, at least 1); older frames are overwritten.
@@ -88,6 +90,7 @@ PIND_API bool ProfileWriteReport(const char* pszPath);
 /// profiler is off. Nested scopes on the main thread also build the call tree.
 class PIND_API CProfileScope {
 public:
+    /// Starts timing the section of `site`, binding the site on first use; nothing while off.
     explicit CProfileScope(pind::ProfileSite& site) {
         if (pind::detail::g_profileEnabled.load(std::memory_order_relaxed)) {
             Begin(&site, nullptr);
@@ -117,8 +120,10 @@ private:
     bool m_bTree = false;
 };
 
+/// @cond
 #define PIND_PROFILE_CONCAT2(a, b) a##b
 #define PIND_PROFILE_CONCAT(a, b) PIND_PROFILE_CONCAT2(a, b)
+/// @endcond
 /// Times the rest of the enclosing block as the section `name` (a string literal).
 #define PIND_PROFILE_SCOPE(name)                                                      \
     static ::pind::ProfileSite PIND_PROFILE_CONCAT(pindProfileSite_, __LINE__){name}; \

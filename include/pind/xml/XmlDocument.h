@@ -19,6 +19,7 @@ namespace xml {
 /// Reads from a standard input stream it does not own; without a stream it reads nothing.
 class PIND_API DataStream {
 public:
+    /// Reads from `pStream`, which must outlive this object; null gives an empty stream.
     explicit DataStream(std::istream* pStream = nullptr) : m_pStream(pStream) {}
     virtual ~DataStream();
 
@@ -41,30 +42,38 @@ private:
 /// uses no recursion.
 class PIND_API Node {
 public:
+    /// What a node is (GetKind); Load makes no comments, Save writes one as <!--name-->.
     enum Kind : int { kComment = 0, kDeclaration = 1, kElement = 2 };
     /// (name, value), the value held decoded.
     using Attribute = std::pair<std::string, std::string>;
 
+    /// A node of kind `nKind` called `strName`, with no text, attributes, children or parent.
     explicit Node(int nKind = kElement, std::string strName = std::string());
     ~Node();
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
 
+    /// The tag name ("xml" for a declaration, the body for a comment); may be empty.
     const std::string& GetName() const { return m_strName; }
+    /// Replaces the tag name; it is written as given, not checked or encoded.
     void SetName(std::string strName) { m_strName = std::move(strName); }
     /// The decoded character data; empty when the element has none.
     const std::string& GetText() const { return m_strText; }
+    /// Replaces the character data (decoded; Save encodes it); empty writes none.
     void SetText(std::string strText) { m_strText = std::move(strText); }
+    /// Attributes in order of appearance; names may repeat.
     const std::vector<Attribute>& GetAttributes() const { return m_vecAttributes; }
     /// Attributes in order of appearance; names may repeat.
     std::vector<Attribute>& GetAttributes() { return m_vecAttributes; }
     /// The value of the first attribute called `strName`, or null.
     const std::string* FindAttribute(const std::string& strName) const;
+    /// The owned children in document order; empty for a leaf.
     const std::vector<Node*>& GetChildren() const { return m_vecChildren; }
     /// Takes ownership of `pChild` (appended last, its parent set to this node); returns it.
     Node* AddChild(Node* pChild);
     /// Null for the root and the declaration.
     Node* GetParent() const { return m_pParent; }
+    /// The Kind given at construction; Save writes any other value as an element.
     int GetKind() const { return m_nKind; }
 
 private:
@@ -123,11 +132,13 @@ public:
     /// last complete tag when the fault is found at the end of the input.
     std::string GetErrorLocation() const;
 
+    /// The Error of the last load or save; kErrorNone when it succeeded or none ran yet.
     int GetErrorCode() const { return m_nError; }
     /// The file of the last load or save, as the caller named it.
     const std::string& GetFileName() const { return m_strFileName; }
     /// Non-empty lines read by the last load.
     int GetLine() const { return m_nLine; }
+    /// Bytes of the last line read by the last load, through the last tag ending on it; else 0.
     int GetColumn() const { return m_nColumn; }
 
     /// Null when the document is empty.
