@@ -243,3 +243,31 @@ std::string CMyZipOperator::UnsupportedFirstEntry(const char* pszZipPath) {
     }
     return pind::detail::UnsupportedEntryReason(entry);
 }
+
+std::string CMyZipOperator::FirstEntryFailure(const char* pszZipPath) {
+    unzFile archive = pszZipPath != nullptr ? unzOpen64(pszZipPath) : nullptr;
+    if (archive == nullptr) {
+        return "not a zip archive that can be read, or one with no entries";
+    }
+    ArchiveCloser closer{archive};
+    pind::detail::ZipEntry entry;
+    unz_global_info64 global;
+    if (unzGetGlobalInfo64(archive, &global) != UNZ_OK || global.number_entry == 0) {
+        return "the archive holds no entries";
+    }
+    if (!pind::detail::ReadZipEntry(archive, kNameCapacity, &entry)) {
+        return "the first entry's header cannot be read";
+    }
+    std::string why = pind::detail::UnsupportedEntryReason(entry);
+    if (!why.empty()) {
+        return why;
+    }
+    if (!entry.strName.empty() && entry.strName.back() == '/') {
+        return "first entry " + entry.strName + " is a folder";
+    }
+    if (entry.nSize == 0) {
+        return std::string();
+    }
+    return "first entry " + entry.strName + " declares " + std::to_string(entry.nSize) +
+           " bytes, more than its data can hold";
+}

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "pind/files/ZipWriter.h"
 #include "support/TempDir.h"
@@ -55,6 +56,40 @@ TEST(ZipTool, EntriesThatAreNotPlainAreRefusedByName) {
         EXPECT_EQ(run.out, "") << c.why;
         EXPECT_NE(run.err.find(c.why), std::string::npos) << run.err;
     }
+}
+
+TEST(ZipTool, FirstEntriesThatGiveNothingSayWhatTheyAre) {
+    struct Case {
+        std::vector<ZipSource> entries;
+        int status;
+        const char* err;  // a part of stderr; "" when none is expected
+    };
+    const Case cases[] = {
+        {{}, 1, "one with no entries"},
+        {{{"d/", "", /*bDeflate=*/false}, {"d/a.txt", "a", true}}, 1, "first entry d/ is a folder"},
+        {{{"empty.txt", "", /*bDeflate=*/true}}, 0, ""},
+    };
+    for (const Case& c : cases) {
+        TempDir dir;
+        ASSERT_TRUE(WriteZipArchive(dir.File("a.zip"), c.entries));
+        const auto run = RunPind({"zip", "first", dir.File("a.zip"), "-o", dir.File("out")});
+        EXPECT_EQ(run.status, c.status) << run.err;
+        EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, c.status == 0 ? "0\n" : "") << c.err;
+    }
+}
+
+TEST(ZipTool, AnEntryWithAFailedChecksumIsNotCalledMissing) {
+    TempDir dir;
+    ASSERT_TRUE(WriteZipArchive(dir.File("a.zip"), {{"a.txt", "plain text", /*bDeflate=*/false}}));
+    std::string bytes = dir.Read("a.zip");
+    bytes[30 + 5] ^= 0x20;  // the first data byte, after the 30-byte header and "a.txt"
+    dir.Write("a.zip", bytes);
+    const auto run = RunPind({"pack", "cat", "--zip", dir.File("a.zip"), "a.txt"}, "", dir.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("a.txt: in " + dir.File("a.zip") + " but cannot be read"),
+              std::string::npos)
+        << run.err;
 }
 
 TEST(ZipTool, Zip64ArchivesFromTheZipProgramAreRead) {

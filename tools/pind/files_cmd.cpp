@@ -52,20 +52,18 @@ int RunZipFirst(int argc, char** argv) {
     unsigned char* data = nullptr;
     const unsigned int size = zip.ReadFirstFile(archive, &data);
     if (size == 0) {
-        const std::string why = CMyZipOperator::UnsupportedFirstEntry(archive);
+        // 0 is also the size of a plain empty entry, which is then written as it is.
+        const std::string why = CMyZipOperator::FirstEntryFailure(archive);
         if (!why.empty()) {
-            std::fprintf(stderr, "pind: zip: %s: %s\n", archive, why.c_str());
-            return 1;
+            return Fail("zip", std::string(archive) + ": " + why);
         }
-        std::fprintf(stderr, "pind: zip: %s: no first entry read\n", archive);
-        return 1;
     }
     std::FILE* f = std::fopen(out, "wb");
     if (f == nullptr) {
         std::fprintf(stderr, "pind: zip: %s: cannot write\n", out);
         return 1;
     }
-    const bool ok = std::fwrite(data, 1, size, f) == size;
+    const bool ok = size == 0 || std::fwrite(data, 1, size, f) == size;
     if (std::fclose(f) != 0 || !ok) {
         std::fprintf(stderr, "pind: zip: %s: cannot write\n", out);
         return 1;
@@ -154,6 +152,10 @@ int RunPackCommand(int argc, char** argv) {
         if (!why.empty()) {
             std::fprintf(stderr, "pind: pack: %s: %s\n", argv[3], why.c_str());
             return 1;
+        }
+        if (pack->Exist(argv[4], 0) != 0) {
+            return Fail("pack", std::string(argv[4]) + ": in " + argv[3] +
+                                    " but cannot be read (damaged data or a failed checksum)");
         }
         std::fprintf(stderr, "pind: pack: %s: not found in %s\n", argv[4], argv[3]);
         return 1;

@@ -41,6 +41,11 @@ public:
     /// method 12 (bzip2) is not supported"); "" when it can, or when there is no entry to judge.
     static std::string UnsupportedFirstEntry(const char* pszZipPath);
 
+    /// Why ReadFirstFile gives 0 for this archive, from its headers: it is no readable archive (an
+    /// empty one included), its first entry is a folder, is not plain (as UnsupportedFirstEntry), or
+    /// declares more bytes than its data can hold. "" when the first entry is a plain empty file.
+    static std::string FirstEntryFailure(const char* pszZipPath);
+
     /// Bytes the buffer holds (0 before the first call).
     uint32_t GetCapacity() const { return m_nCapacity; }
     /// The buffer the last read filled; null before the first call.
