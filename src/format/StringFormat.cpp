@@ -628,31 +628,26 @@ void CStringFormatter::CImpl::CalcFormat() {
             }
             FormatSpec spec = m_vecSpecs[nextSpec++];
             const FormatArg* arg = nullptr;
-            if ((spec.nFlags & kFormatFlagWidthStar) != 0) {
+            // A '*' width or precision takes the next argument, which must be a 32-bit integer.
+            auto takeStar = [&](uint32_t starFlag, uint32_t flag, int32_t* value) {
+                if ((spec.nFlags & starFlag) == 0) {
+                    return true;
+                }
                 if (!takeArg(&arg)) {
-                    ok = false;
-                    break;
+                    return false;
                 }
                 if (arg->nType != kFormatArgInt32) {
                     ReportFormatError(2001, "invalid argument type. expect an integer");
-                    ok = false;
-                    break;
+                    return false;
                 }
-                spec.nWidth = arg->n32;
-                spec.nFlags = (spec.nFlags & ~kFormatFlagWidthStar) | kFormatFlagWidth;
-            }
-            if ((spec.nFlags & kFormatFlagPrecisionStar) != 0) {
-                if (!takeArg(&arg)) {
-                    ok = false;
-                    break;
-                }
-                if (arg->nType != kFormatArgInt32) {
-                    ReportFormatError(2001, "invalid argument type. expect an integer");
-                    ok = false;
-                    break;
-                }
-                spec.nPrecision = arg->n32;
-                spec.nFlags = (spec.nFlags & ~kFormatFlagPrecisionStar) | kFormatFlagPrecision;
+                *value = arg->n32;
+                spec.nFlags = (spec.nFlags & ~starFlag) | flag;
+                return true;
+            };
+            if (!takeStar(kFormatFlagWidthStar, kFormatFlagWidth, &spec.nWidth) ||
+                !takeStar(kFormatFlagPrecisionStar, kFormatFlagPrecision, &spec.nPrecision)) {
+                ok = false;
+                break;
             }
             ok = takeArg(&arg) && Emit(out, spec, *arg);
         }
