@@ -88,10 +88,12 @@ TEST(PindTool, AFullDiskIsAFailureWithAMessage) {
         {{"crypt", "0701030905020406"}, "plain text"},
         {{"demo"}, ""},
         {{"ini", "--help"}, ""},
+        {{"--help"}, ""},
+        {{"--version"}, ""},
     };
     for (const Case& c : cases) {
         const auto run = RunPindTo("/dev/full", c.args, c.input, dir.Path());
-        EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args[1];
+        EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args.back();
         EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos)
             << c.args[0] << ": " << run.err;
     }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "Commands.h"
+#include "ToolSupport.h"
 #include "pind/Version.h"
 
 namespace {
@@ -50,11 +51,11 @@ int main(int argc, char** argv) {
     if (std::strcmp(name, "--help") == 0 || std::strcmp(name, "-h") == 0 ||
         std::strcmp(name, "help") == 0) {
         PrintHelp(stdout);
-        return 0;
+        return pind::tool::FlushOut() ? 0 : 1;
     }
     if (std::strcmp(name, "--version") == 0) {
         std::printf("pind %s\n", pind::Version());
-        return 0;
+        return pind::tool::FlushOut() ? 0 : 1;
     }
     for (const Command& c : kCommands) {
         if (std::strcmp(name, c.name) == 0) {
