@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "support/FakePackage.h"
 #include "pind/files/FileCache.h"
 #include "pind/files/PackFile.h"
+#include "support/FakePackage.h"
 #include "support/TempDir.h"
 
 namespace {

@@ -1,19 +1,15 @@
-// The in-memory package: what it holds is served through the engine entry points, by name ignoring
-// case, and names a package cannot hold are refused.
+// The in-memory package's own rules: what replaces what, and names a package cannot hold. Serving
+// through the engine entry points is in PackModesTest.cpp with the other backends.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "pind/files/MemoryPackage.h"
-#include "pind/files/PackFile.h"
-#include "pind/platform/Package.h"
-#include "support/FakePackage.h"
 
 namespace {
 
-TEST(MemoryPackage, ServesWhatItHoldsThroughTheEntryPoints) {
+TEST(MemoryPackage, AddsReplacesAndRemovesByNameIgnoringCase) {
     CMemoryPackage pack;
     ASSERT_TRUE(pack.AddFile("Ini/A.ini", "[s]\nk=1\n"));
     ASSERT_TRUE(pack.AddFile("b.txt", "old"));
@@ -22,23 +18,17 @@ TEST(MemoryPackage, ServesWhatItHoldsThroughTheEntryPoints) {
         EXPECT_FALSE(pack.AddFile(bad, "x")) << bad;
     }
     EXPECT_EQ(pack.List(), (std::vector<std::string>{"b.txt", "ini/a.ini"}));
-
-    const pind::test::ScopedPackage installed(&pack);
-    EXPECT_EQ(pind::platform::VoFExist("ini\\a.INI", 0), 1);
-    pind::platform::PackHandle h = nullptr;
-    ASSERT_EQ(pind::platform::VoFOpen("ini/a.ini", &h), 0);
-    EXPECT_EQ(pind::platform::VoFGetLen(h), 8u);
-    pind::platform::VoFClose(h);
-
     void* data = nullptr;
     int32_t length = 0;
-    ASSERT_EQ(pind::platform::VoFDump("b.txt", &data, &length, 0), 0);
+    ASSERT_EQ(pack.Dump("ini\\a.INI", &data, &length, 0), 0);
+    pack.Undump(data);
+    ASSERT_EQ(pack.Dump("b.txt", &data, &length, 0), 0);
     EXPECT_EQ(std::string(static_cast<char*>(data), static_cast<size_t>(length)), "new");
-    pind::platform::VoFUndump(data);
+    pack.Undump(data);
 
     EXPECT_TRUE(pack.RemoveFile("B.txt"));
     EXPECT_FALSE(pack.RemoveFile("B.txt"));
-    EXPECT_EQ(pind::platform::VoFOpen("b.txt", &h), -1);
+    EXPECT_EQ(pack.Exist("b.txt", 0), 0);
 }
 
 }  // namespace

@@ -1,20 +1,27 @@
-// The same bytes read from disk, from a CDirPackage and from a CZipPackage: one script of stdio
-// calls whose results must agree across the modes, except the rows where memory mode differs by
-// design (eof as -1, ungetc at end, seeking past the end, the 0xFF end-of-data byte).
+// The same bytes read from disk, from a CDirPackage, a CZipPackage and a CMemoryPackage: one script
+// of stdio calls whose results must agree across the modes, except the rows where memory mode
+// differs by design (eof as -1, ungetc at end, seeking past the end, the 0xFF end-of-data byte);
+// and the two package backends' shared contract: names ignoring case, nothing outside the root,
+// Read and Dump.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "support/FakePackage.h"
 #include "pind/files/DirPackage.h"
+#include "pind/files/MemoryPackage.h"
 #include "pind/files/PackFile.h"
 #include "pind/files/ZipPackage.h"
 #include "pind/files/ZipWriter.h"
+#include "support/FakePackage.h"
 #include "support/TempDir.h"
 
 namespace {
+
+using Handle = pind::platform::PackHandle;
 
 std::string Num(long long n) { return std::to_string(n); }
 // "<result>@<position>", the position read after the call that gave the result.
@@ -92,32 +99,48 @@ const Step kScript[] = {
      "0"},
 };
 
-enum class Backend { kDisk, kDir, kZip };
+enum class Backend { kDisk, kDir, kZip, kMemory };
 
 class PackModes : public ::testing::TestWithParam<Backend> {
 protected:
     void SetUp() override {
-        m_dir.Write("pack/Data/Text.txt", "ab\r\ncd\n\n12 34\nxyz");
-        m_dir.Write("pack/Data/ff.txt", "ab\377cd\n");
+        auto memory = std::make_unique<CMemoryPackage>();
+        for (const auto& [name, bytes] :
+             {std::pair<const char*, const char*>{"Data/Text.txt", "ab\r\ncd\n\n12 34\nxyz"},
+              {"Data/ff.txt", "ab\377cd\n"}}) {
+            m_dir.Write(std::string("pack/") + name, bytes);
+            ASSERT_TRUE(memory->AddFile(name, bytes));
+        }
+        m_dir.Write("secret.txt", "outside");
         ASSERT_TRUE(pind::ZipFolder(m_dir.File("pack"), m_dir.File("pack.zip")));
         if (GetParam() == Backend::kDisk) {
             m_client.packageInUse = false;
             m_prefix = m_dir.File("pack") + "/";  // disk mode sees the on-disk case
         } else if (GetParam() == Backend::kDir) {
-            m_package = std::make_unique<CDirPackage>(m_dir.File("pack"));
+            m_package = Make<CDirPackage>("pack");
+        } else if (GetParam() == Backend::kZip) {
+            m_package = Make<CZipPackage>("pack.zip");
         } else {
-            m_package = std::make_unique<CZipPackage>(m_dir.File("pack.zip"));
+            m_list = memory->List();
+            m_package = std::move(memory);
         }
-        pind::platform::SetPackage(m_package.get());
+        m_scope = std::make_unique<pind::test::ScopedPackage>(m_package.get());
     }
-    void TearDown() override { pind::platform::SetPackage(m_previous); }
+    template <class Package>
+    std::unique_ptr<Package> Make(const std::string& name) {
+        auto package = std::make_unique<Package>(m_dir.File(name));
+        m_list = package->List();
+        EXPECT_FALSE(Package(m_dir.File("nope")).IsOpen());
+        return package;
+    }
     CPackFile* Open(const std::string& name) { return PackFOpen((m_prefix + name).c_str(), "rb"); }
 
     pind::test::TempDir m_dir;
     pind::test::PackageFirstClient m_client;
     std::string m_prefix;
     std::unique_ptr<pind::platform::IPindPackage> m_package;
-    pind::platform::IPindPackage* m_previous = pind::platform::GetPackage();
+    std::unique_ptr<pind::test::ScopedPackage> m_scope;
+    std::vector<std::string> m_list;
 };
 
 TEST_P(PackModes, ScriptAgreesWhereTheModesAgree) {
@@ -141,12 +164,51 @@ TEST_P(PackModes, FfByteEndsPackagedTextOnly) {
     PackFClose(f);
 }
 
+TEST_P(PackModes, PackagesMatchNamesIgnoringCaseAndStayBelowTheRoot) {
+    if (!m_package) {
+        GTEST_SKIP() << "disk mode has no package";
+    }
+    pind::platform::IPindPackage& pack = *m_package;
+    // Folder and zip list names as stored, the memory package its normalised ones.
+    const std::vector<std::string> stored = {"Data/Text.txt", "Data/ff.txt"};
+    const std::vector<std::string> normalised = {"data/ff.txt", "data/text.txt"};
+    EXPECT_EQ(m_list, GetParam() == Backend::kMemory ? normalised : stored);
+    for (const char* name :
+         {"data/text.txt", "DATA\\TEXT.TXT", "data//text.txt", "./data/text.txt"}) {
+        EXPECT_EQ(pack.Exist(name, 0), 1) << name;
+    }
+    Handle handle = nullptr;
+    for (const char* name :
+         {"../secret.txt", "data/../../secret.txt", "data", "", "/data/text.txt", "missing"}) {
+        EXPECT_EQ(pack.Exist(name, 0), 0) << name;
+        EXPECT_NE(pack.Open(name, &handle), 0) << name;
+    }
+    ASSERT_EQ(pack.Open("data/text.txt", &handle), 0);
+    char buf[32] = {};
+    EXPECT_EQ(pack.Read(buf, 5, 1, handle), 5u);
+    EXPECT_EQ(pack.Read(buf + 5, 1, 0xFFFFFFFFu, handle), 12u);  // huge count: what is left
+    EXPECT_STREQ(buf, "ab\r\ncd\n\n12 34\nxyz");
+    pack.Close(handle);
+    EXPECT_EQ(pack.GetLen(handle), 0u);  // closed handles are forgotten
+    EXPECT_EQ(pack.Read(buf, 1, 1, &buf), 0u);
+
+    void* dumped = nullptr;
+    int32_t length = 0;
+    ASSERT_EQ(pack.Dump("DATA/FF.TXT", &dumped, &length, 0), 0);
+    EXPECT_EQ(std::string(static_cast<char*>(dumped), static_cast<size_t>(length)), "ab\377cd\n");
+    pack.Undump(dumped);
+    pack.Undump(buf);  // not ours: ignored
+    EXPECT_EQ(pack.Dump("missing", &dumped, &length, 0), -1);
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, PackModes,
-                         ::testing::Values(Backend::kDisk, Backend::kDir, Backend::kZip),
+                         ::testing::Values(Backend::kDisk, Backend::kDir, Backend::kZip,
+                                           Backend::kMemory),
                          [](const ::testing::TestParamInfo<Backend>& param) {
                              return std::string(param.param == Backend::kDisk  ? "Disk"
                                                 : param.param == Backend::kDir ? "Dir"
-                                                                               : "Zip");
+                                                : param.param == Backend::kZip ? "Zip"
+                                                                               : "Memory");
                          });
 
 }  // namespace
