@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -77,9 +78,7 @@ TEST(Pchip, ShuffledEvaluationMatchesSorted) {
     }
     const std::vector<double> sorted = Values(x, f, xe);
     std::vector<int> order(n);
-    for (int i = 0; i < n; ++i) {
-        order[i] = i;
-    }
+    std::iota(order.begin(), order.end(), 0);
     std::shuffle(order.begin(), order.end(), std::mt19937(7));
     std::vector<double> shuffled(n);
     for (int i = 0; i < n; ++i) {

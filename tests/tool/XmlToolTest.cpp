@@ -79,7 +79,6 @@ TEST(PindXml, UsageErrorsAndHelp) {
         {"xml"},
         {"xml", "lint", "a.xml"},
         {"xml", "check"},
-        {"xml", "check", "a.xml", "b.xml"},
         {"xml", "check", "a.xml", "-o", "b.xml"},
         {"xml", "fmt", "a.xml"},
         {"xml", "fmt", "a.xml", "-o"},
