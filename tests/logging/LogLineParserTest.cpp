@@ -20,6 +20,21 @@ struct Expect {
     std::string text;  // what reading the line back gives
 };
 
+// Fields as "key=value" with a leading '"' on quoted values, so whole lists compare at once.
+std::vector<std::string> Flat(const _log::LogLineFields& fields) {
+    std::vector<std::string> out;
+    for (const auto& f : fields)
+        out.push_back(f.strKey + "=" + (f.bQuoted ? "\"" : "") + f.strValue);
+    return out;
+}
+
+std::vector<std::string> Flat(const std::vector<Expect>& fields) {
+    std::vector<std::string> out;
+    for (const Expect& e : fields)
+        out.push_back(std::string(e.key) + "=" + (e.bQuoted ? "\"" : "") + e.text);
+    return out;
+}
+
 class LogLineParserTest : public pind::test::LogTest {};
 
 // Every value kind, escapes, GBK bytes and both attribute lists go through the real writer, and
@@ -77,25 +92,11 @@ TEST_F(LogLineParserTest, WriterLinesReadBack) {
     ASSERT_TRUE(_log::ParseLogLine(lines[0], &line)) << lines[0];
     EXPECT_EQ(line.strLineTime, "2024-05-07 01:03:12");
     EXPECT_EQ(line.strMsg, msg);
-    const std::vector<std::pair<std::string, std::string>> header = {
-        {"logtime", "2024-5-7 1:3:12 +0000"},
-        {"ts", "1715043792000"},
-        {"level", "WARN"},
-        {"src", "gate"}};
-    ASSERT_EQ(line.vecHeader.size(), header.size());
-    for (size_t i = 0; i < header.size(); ++i) {
-        EXPECT_EQ(line.vecHeader[i].strKey, header[i].first);
-        EXPECT_EQ(line.vecHeader[i].strValue, header[i].second);
-    }
-    for (const auto& [got, want] :
-         {std::make_pair(&line.vecContext, &context), std::make_pair(&line.vecTop, &top)}) {
-        ASSERT_EQ(got->size(), want->size());
-        for (size_t i = 0; i < want->size(); ++i) {
-            EXPECT_EQ((*got)[i].strKey, (*want)[i].key) << i;
-            EXPECT_EQ((*got)[i].strValue, (*want)[i].text) << (*want)[i].key;
-            EXPECT_EQ((*got)[i].bQuoted, (*want)[i].bQuoted) << (*want)[i].key;
-        }
-    }
+    EXPECT_EQ(Flat(line.vecHeader),
+              (std::vector<std::string>{"logtime=\"2024-5-7 1:3:12 +0000", "ts=1715043792000",
+                                        "level=\"WARN", "src=\"gate"}));
+    EXPECT_EQ(Flat(line.vecContext), Flat(context));
+    EXPECT_EQ(Flat(line.vecTop), Flat(top));
     ASSERT_TRUE(_log::ParseLogLine(lines[1], &line));
     EXPECT_EQ(line.strMsg, "bare");
     EXPECT_TRUE(line.vecTop.empty() && line.vecContext.empty());

@@ -45,8 +45,6 @@ public:
     std::vector<Open> opens;
     std::vector<std::string> debugTexts;
     std::vector<std::string> createdDirs;
-    std::vector<std::string> drawnTexts;
-    int filledRectangles = 0;
 
     bool IsPackageInUse() override { return packageInUse; }
     bool IsFileExist(const char* path) override;
@@ -58,10 +56,6 @@ public:
     CPackFile* OpenFileEx(const char* name, const char* mode, bool flag, bool flag2) override;
     bool IsProfileAllowed() override { return profileAllowed; }
     void CreateDir(const char* name) override { createdDirs.emplace_back(name ? name : ""); }
-    void FillRectangle(int, int, int, int, uint32_t) override { ++filledRectangles; }
-    void DrawString(int, int, uint32_t, const char* text) override {
-        drawnTexts.emplace_back(text ? text : "");
-    }
     void GetDescription(char* buffer) override;
     const char* GetBaseDir() override { return baseDir.c_str(); }
     void DebugText(const char* format, ...) override;

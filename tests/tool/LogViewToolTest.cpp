@@ -6,7 +6,6 @@
 #include <chrono>
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -165,11 +164,10 @@ TEST(LogViewTool, UsageAndFailures) {
     }
 }
 
-// Waits until `path` holds at least `lines` lines; false after ten seconds.
-bool WaitForLines(const std::string& path, size_t lines) {
+// Waits until the file `name` in `dir` holds at least `lines` lines; false after ten seconds.
+bool WaitForLines(const TempDir& dir, const std::string& name, size_t lines) {
     for (int i = 0; i < 1000; ++i) {
-        std::ifstream in(path);
-        std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const std::string text = dir.Read(name);
         if (static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) >= lines) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -193,12 +191,12 @@ TEST(LogViewTool, FollowReadsAppendedLinesAndTheNextDay) {
                          dir.Path());
     });
     const Release release{dir};
-    ASSERT_TRUE(WaitForLines(out.File("stdout"), 1));
+    ASSERT_TRUE(WaitForLines(out, "stdout", 1));
     // Half a line waits for its end before it is shown.
     std::ofstream(day1, std::ios::app) << "2026-11-22 23:59:59 { \"ts\": 1, \"msg\": \"tw";
     std::this_thread::sleep_for(std::chrono::milliseconds(300));  // a poll or more
     std::ofstream(day1, std::ios::app) << "o\"} \n";
-    ASSERT_TRUE(WaitForLines(out.File("stdout"), 2));
+    ASSERT_TRUE(WaitForLines(out, "stdout", 2));
     std::ofstream(day1, std::ios::app) << Line("2026-11-22 23:59:59", "INFO", "three", "c");
     dir.Write("debug/2026_11_23_x64.log", Line("2026-11-23 00:00:01", "INFO", "four", "c"));
     ASSERT_EQ(tool.wait_for(std::chrono::seconds(10)), std::future_status::ready);

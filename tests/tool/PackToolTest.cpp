@@ -12,25 +12,20 @@
 namespace pind::test {
 namespace {
 
-TEST(PackTool, ListsEveryFileBelowTheFolderSorted) {
+TEST(PackTool, ListsEveryReadableFileSortedAndReportsTheRest) {
     TempDir dir;
     dir.Write("pack/b.txt", "b");
     dir.Write("pack/Ini/Items.txt", "i");
     dir.Write("pack/a/deep/z.lua", "z");
-    const auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
+    auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "Ini/Items.txt\na/deep/z.lua\nb.txt\n");
-}
 
-TEST(PackTool, AnEntryThatCannotBeReadIsReportedAndTheRestListed) {
-    TempDir dir;
-    dir.Write("pack/a.txt", "a");
-    dir.Write("pack/z/z.txt", "z");
-    std::filesystem::create_symlink("loop", dir.File("pack/loop"));  // resolves to nothing ever
-    const auto run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
+    std::filesystem::create_symlink("Loop", dir.File("pack/Loop"));  // resolves to nothing ever
+    run = RunPind({"pack", "ls", "--dir", dir.File("pack")});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "a.txt\nz/z.txt\n");
-    EXPECT_NE(run.err.find("loop: cannot read"), std::string::npos) << run.err;
+    EXPECT_EQ(run.out, "Ini/Items.txt\na/deep/z.lua\nb.txt\n");
+    EXPECT_NE(run.err.find("Loop: cannot read"), std::string::npos) << run.err;
 }
 
 TEST(PackTool, AnUnreadableSubfolderIsReportedAndTheRestListed) {
