@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <iterator>
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 #include "pind/client/PindClient.h"
@@ -98,78 +100,224 @@ bool ReadRecord(CPackFile* pFile, char* pszLine, size_t nCapacity, const char* p
     return true;
 }
 
+uint64_t HashBytes(const char* p, size_t n, uint64_t h) {
+    for (; n >= 8; p += 8, n -= 8) {
+        uint64_t w;
+        std::memcpy(&w, p, 8);
+        h = (h ^ w) * 0x9E3779B97F4A7C15ull;
+        h ^= h >> 29;
+    }
+    uint64_t w = 0;
+    std::memcpy(&w, p, n);
+    h = (h ^ w ^ (uint64_t{n} << 59)) * 0x9E3779B97F4A7C15ull;
+    return h ^ (h >> 32);
+}
+
+uint32_t NameHash(const char* p, size_t n) {
+    return static_cast<uint32_t>(HashBytes(p, n, 0x243F6A8885A308D3ull));
+}
+
+// Bytes that live as long as the reader's contents: handed out in blocks that never move, so a
+// value's text can be given to callers as a pointer.
+class TextArena {
+public:
+    char* Alloc(size_t n) {
+        if (n > m_nLeft) {
+            m_nNextBlock = std::min<size_t>(m_nNextBlock * 2, size_t{1} << 20);
+            NewBlock(std::max(n, m_nNextBlock));
+        }
+        char* p = m_pFree;
+        m_pFree += n;
+        m_nLeft -= n;
+        return p;
+    }
+    // A block of its own, so the free space of the current one is kept.
+    char* AllocBlock(size_t n) {
+        m_blocks.emplace_back(new char[n]);
+        return m_blocks.back().get();
+    }
+    // The two runs one after the other, and a zero.
+    char* Copy(const char* p, size_t n, const char* p2 = nullptr, size_t n2 = 0) {
+        char* pCopy = Alloc(n + n2 + 1);
+        std::memcpy(pCopy, p, n);
+        if (n2 > 0) {
+            std::memcpy(pCopy + n, p2, n2);
+        }
+        pCopy[n + n2] = '\0';
+        return pCopy;
+    }
+
+private:
+    void NewBlock(size_t n) {
+        m_pFree = AllocBlock(n);
+        m_nLeft = n;
+    }
+
+    std::vector<std::unique_ptr<char[]>> m_blocks;
+    char* m_pFree = nullptr;
+    size_t m_nLeft = 0;
+    size_t m_nNextBlock = 8192;
+};
+
 }  // namespace
 
-// Open addressing over every (section, key) pair of the section index, each slot pointing at the
-// text of the value string inside the maps (stable while the maps are unchanged); the pair's names
-// are kept beside it, so a look-up reads one slot and one short run of bytes.
+// What a load read, flat: sections in file order, each a run of key entries in file order
+// (duplicates kept; the last one counts), with the text in an arena. Freeing a reader is freeing
+// a few blocks; the ordered key tables of the interface are made per section on demand.
+struct CPindIni::Store {
+    struct Section {
+        const char* pName;
+        uint32_t nNameLen;
+        uint32_t nNameHash;
+        uint32_t nFirst;  // entries [nFirst, nEnd)
+        uint32_t nEnd;
+        bool bTable;  // a plain load gives a section no table until its first key line
+    };
+    // Lines are at most 2048 bytes, so a key's length and its value's offset fit 16 bits.
+    struct Entry {
+        const char* pKey;  // the value's text starts `nValueAt` bytes on
+        uint16_t nKeyLen;
+        uint16_t nValueAt;
+        uint32_t nHash;
+        const char* Value() const { return pKey + nValueAt; }
+    };
+
+    TextArena text;
+    std::vector<Section> sections;
+    std::vector<Entry> entries;
+    // Open addressing by name: 1 + the index of the last section of each name; 0 is free.
+    std::vector<uint32_t> nameSlots = std::vector<uint32_t>(16, 0);
+    size_t nNames = 0;
+    // A section's table once made; written under the mutex, read without it.
+    std::deque<std::atomic<KeyTable*>> tables;
+    std::mutex mutex;
+
+    void AddEntry(const char* pKey, size_t nKeyLen, size_t nValueAt) {
+        entries.push_back(Entry{pKey, static_cast<uint16_t>(nKeyLen),
+                                static_cast<uint16_t>(nValueAt), NameHash(pKey, nKeyLen)});
+    }
+
+    // The last section of that name, or -1.
+    ptrdiff_t Find(const char* pName, size_t nLen) const {
+        const uint32_t nHash = NameHash(pName, nLen);
+        const size_t nMask = nameSlots.size() - 1;
+        for (size_t i = nHash & nMask; nameSlots[i] != 0; i = (i + 1) & nMask) {
+            const Section& section = sections[nameSlots[i] - 1];
+            if (section.nNameHash == nHash && section.nNameLen == nLen &&
+                std::memcmp(section.pName, pName, nLen) == 0) {
+                return static_cast<ptrdiff_t>(nameSlots[i] - 1);
+            }
+        }
+        return -1;
+    }
+
+    void Add(const Section& section, KeyTable* pKeys) {
+        sections.push_back(section);
+        tables.emplace_back(pKeys);
+        if ((nNames + 1) * 2 > nameSlots.size()) {
+            std::vector<uint32_t> old(nameSlots.size() * 2, 0);
+            old.swap(nameSlots);
+            nNames = 0;
+            for (uint32_t nSlot : old) {
+                if (nSlot != 0) {
+                    Index(nSlot - 1);
+                }
+            }
+        }
+        Index(static_cast<uint32_t>(sections.size() - 1));
+    }
+
+    // Points the name's slot at section `nSection`, a later section replacing an earlier one.
+    void Index(uint32_t nSection) {
+        const Section& section = sections[nSection];
+        const size_t nMask = nameSlots.size() - 1;
+        size_t i = section.nNameHash & nMask;
+        for (; nameSlots[i] != 0; i = (i + 1) & nMask) {
+            const Section& other = sections[nameSlots[i] - 1];
+            if (other.nNameHash == section.nNameHash && other.nNameLen == section.nNameLen &&
+                std::memcmp(other.pName, section.pName, section.nNameLen) == 0) {
+                break;
+            }
+        }
+        nNames += nameSlots[i] == 0 ? 1 : 0;
+        nameSlots[i] = nSection + 1;
+    }
+
+    // The value of the last entry with that key in the section, or null.
+    const char* FindKey(const Section& section, const char* pszKey) const {
+        const size_t nLen = std::strlen(pszKey);
+        const uint32_t nHash = NameHash(pszKey, nLen);
+        for (uint32_t i = section.nEnd; i > section.nFirst;) {
+            --i;
+            const Entry& entry = entries[i];
+            if (entry.nHash == nHash && entry.nKeyLen == nLen &&
+                std::memcmp(entry.pKey, pszKey, nLen) == 0) {
+                return entry.Value();
+            }
+        }
+        return nullptr;
+    }
+};
+
+// Open addressing over every (section, key) pair a look-up can reach, each slot pointing at the
+// value's text in the store; the pair's names are kept beside it, so a look-up reads one slot and
+// one short run of bytes.
 struct CPindIni::LookupIndex {
     struct Slot {
         uint32_t nHash;
         uint32_t nNames;       // offset of "section\0key\0" in `names`
-        const char* pszValue;  // the value's text, read without touching its map node
+        const char* pszValue;  // the value's text
     };
     std::vector<Slot> slots;
     size_t nMask = 0;
     std::string names;
 
-    static uint64_t Hash(const char* p, size_t n, uint64_t h) {
-        for (; n >= 8; p += 8, n -= 8) {
-            uint64_t w;
-            std::memcpy(&w, p, 8);
-            h = (h ^ w) * 0x9E3779B97F4A7C15ull;
-            h ^= h >> 29;
-        }
-        uint64_t w = 0;
-        std::memcpy(&w, p, n);
-        h = (h ^ w ^ (uint64_t{n} << 59)) * 0x9E3779B97F4A7C15ull;
-        return h ^ (h >> 32);
-    }
     static uint64_t PairHash(const char* pSection, size_t nSection, const char* pKey, size_t nKey) {
-        return Hash(pKey, nKey, Hash(pSection, nSection, 0x243F6A8885A308D3ull));
+        return HashBytes(pKey, nKey, HashBytes(pSection, nSection, 0x243F6A8885A308D3ull));
     }
 
-    explicit LookupIndex(const SectionIndex& sections) {
-        size_t nPairs = 0;
-        for (const auto& entry : sections) {
-            nPairs += entry.second != nullptr ? entry.second->size() : 0;
-        }
+    explicit LookupIndex(const Store& store) {
         size_t nSlots = 16;
-        while (nSlots < nPairs * 2) {
+        while (nSlots < store.entries.size() * 2) {
             nSlots *= 2;
         }
         slots.assign(nSlots, Slot{0, 0, nullptr});
         nMask = nSlots - 1;
-        for (const auto& [strSection, pKeys] : sections) {
-            if (pKeys == nullptr) {
+        for (uint32_t nSlot : store.nameSlots) {
+            if (nSlot == 0) {
                 continue;
             }
-            for (const auto& [strKey, strValue] : *pKeys) {
+            const Store::Section& section = store.sections[nSlot - 1];
+            // From the last entry back, so a duplicate key keeps its last value.
+            for (uint32_t e = section.nEnd; e > section.nFirst;) {
+                const Store::Entry& entry = store.entries[--e];
+                if (Find(section.pName, section.nNameLen, entry.pKey, entry.nKeyLen) != nullptr) {
+                    continue;
+                }
                 const uint64_t h =
-                    PairHash(strSection.data(), strSection.size(), strKey.data(), strKey.size());
+                    PairHash(section.pName, section.nNameLen, entry.pKey, entry.nKeyLen);
                 size_t i = h & nMask;
                 while (slots[i].pszValue != nullptr) {
                     i = (i + 1) & nMask;
                 }
                 slots[i] = Slot{static_cast<uint32_t>(h >> 32), static_cast<uint32_t>(names.size()),
-                                strValue.c_str()};
-                names.append(strSection.c_str(), strSection.size() + 1);
-                names.append(strKey.c_str(), strKey.size() + 1);
+                                entry.Value()};
+                names.append(section.pName, section.nNameLen).push_back('\0');
+                names.append(entry.pKey, entry.nKeyLen).push_back('\0');
             }
         }
     }
 
     // The value's text, or null when the pair is not in the index.
-    const char* Find(const char* pszSection, const char* pszKey) const {
-        const size_t nSection = std::strlen(pszSection);
-        const size_t nKey = std::strlen(pszKey);
-        const uint64_t h = PairHash(pszSection, nSection, pszKey, nKey);
+    const char* Find(const char* pSection, size_t nSection, const char* pKey, size_t nKey) const {
+        const uint64_t h = PairHash(pSection, nSection, pKey, nKey);
         for (size_t i = h & nMask; slots[i].pszValue != nullptr; i = (i + 1) & nMask) {
             const Slot& slot = slots[i];
             if (slot.nHash == static_cast<uint32_t>(h >> 32)) {
                 const char* pNames = names.data() + slot.nNames;
-                if (std::memcmp(pNames, pszSection, nSection + 1) == 0 &&
-                    std::memcmp(pNames + nSection + 1, pszKey, nKey + 1) == 0) {
+                if (std::memcmp(pNames, pSection, nSection) == 0 && pNames[nSection] == '\0' &&
+                    std::memcmp(pNames + nSection + 1, pKey, nKey) == 0 &&
+                    pNames[nSection + 1 + nKey] == '\0') {
                     return slot.pszValue;
                 }
             }
@@ -183,18 +331,21 @@ struct CPindIni::Parser {
     CPindIni& ini;
     // The scrambled form gives every header a key table at once.
     bool bTableOnHeader;
-    std::string strSection;
-    std::unique_ptr<KeyTable> pKeys;
+    Store& store;
+    Store::Section section{nullptr, 0, 0, 0, 0, false};
 
     void Commit() {
-        if (!strSection.empty()) {
-            ini.AdoptSection(strSection, pKeys.release());
+        if (section.nNameLen > 0) {
+            section.nEnd = static_cast<uint32_t>(store.entries.size());
+            store.Add(section, nullptr);
+            ini.AdoptSection(nullptr);
         }
-        pKeys.reset();
+        section = Store::Section{nullptr, 0, 0, 0, 0, false};
     }
 
-    // `pLine` holds the `n` bytes of one line's text (none of them zero).
-    void Line(const char* pLine, size_t n) {
+    // `pLine` holds the `n` bytes of one line's text (none of them zero). `bOwnLine`: the line
+    // lies in the store's text and ends in its own '\n', so a value can be ended in place.
+    void Line(char* pLine, size_t n, bool bOwnLine) {
         if (n < 3 || pLine[0] == ';' || (pLine[0] == '/' && pLine[1] == '/')) {
             return;
         }
@@ -205,60 +356,63 @@ struct CPindIni::Parser {
             for (size_t i = n - 1; i >= 1; --i) {
                 if (pLine[i] == ']') {
                     Commit();
-                    strSection.assign(pLine + 1, i - 1);
-                    if (bTableOnHeader) {
-                        pKeys = std::make_unique<KeyTable>();
-                    }
+                    const size_t nName = i - 1;
+                    section.pName = bOwnLine ? pLine + 1 : store.text.Copy(pLine + 1, nName);
+                    section.nNameLen = static_cast<uint32_t>(nName);
+                    section.nNameHash = NameHash(section.pName, nName);
+                    section.nFirst = static_cast<uint32_t>(store.entries.size());
+                    section.bTable = bTableOnHeader;
                     return;
                 }
             }
         }
-        if (strSection.empty() || n < 3 || !IsKeyLineStart(pLine[0])) {
+        if (section.nNameLen == 0 || n < 3 || !IsKeyLineStart(pLine[0])) {
             return;
         }
-        const char* const pEnd = pLine + n;
-        const char* pEq = static_cast<const char*>(std::memchr(pLine, '=', n));
+        char* const pEnd = pLine + n;
+        char* pEq = static_cast<char*>(std::memchr(pLine, '=', n));
         if (pEq == nullptr) {
             return;
         }
-        const char* pKeyEnd = pEq;
+        char* pKeyEnd = pEq;
         while (pKeyEnd > pLine && pKeyEnd[-1] == '\t') {
             --pKeyEnd;
         }
-        const char* pValue = pEq + 1;
+        char* pValue = pEq + 1;
         while (pValue < pEnd && *pValue == '\t') {
             ++pValue;
         }
-        const char* pValueEnd = pValue;
+        char* pValueEnd = pValue;
         while (pValueEnd < pEnd && *pValueEnd != '\t' && *pValueEnd != '\n' && *pValueEnd != '\r') {
             ++pValueEnd;
         }
-        if (!pKeys) {
-            pKeys = std::make_unique<KeyTable>();
-        }
-        const std::string_view key(pLine, static_cast<size_t>(pKeyEnd - pLine));
-        // Files mostly list keys in order: appending then needs no search.
-        auto it = pKeys->end();
-        if (!pKeys->empty() && std::prev(it)->first < key) {
-            it = pKeys->emplace_hint(it, key, std::string());
+        section.bTable = true;
+        const size_t nKey = static_cast<size_t>(pKeyEnd - pLine);
+        const size_t nValue = static_cast<size_t>(pValueEnd - pValue);
+        if (bOwnLine) {
+            *pValueEnd = '\0';  // the value's end is a tab, CR or the line's '\n'
+            store.AddEntry(pLine, nKey, static_cast<size_t>(pValue - pLine));
         } else {
-            it = pKeys->lower_bound(key);
-            if (it == pKeys->end() || it->first != key) {
-                it = pKeys->emplace_hint(it, key, std::string());
-            }
+            store.AddEntry(store.text.Copy(pLine, nKey, pValue, nValue), nKey, nKey);
         }
-        it->second.assign(pValue, pValueEnd);
     }
 
     // The plain form straight from a file held in memory, line by line as PackFGets would give
     // it with a 2048-byte buffer, up to the first 0x00 or 0xFF byte; the rest is left to PackFGets.
+    // The text is copied once into the store, and the values are ended in place.
     void PlainLines(CPackFile* pFile) {
-        const char* const pData = reinterpret_cast<const char*>(pFile->GetData());
         const uint32_t uPlain = pFile->GetPlainSize();
         uint32_t uPos = pFile->GetPos();
-        while (uPos < uPlain) {
-            const size_t nWindow = std::min<size_t>(uPlain - uPos, kPlainLineCapacity - 1);
-            const char* const pLine = pData + uPos;
+        if (uPos >= uPlain) {
+            return;
+        }
+        const size_t nText = uPlain - uPos;
+        char* const pText = store.text.AllocBlock(nText);
+        std::memcpy(pText, reinterpret_cast<const char*>(pFile->GetData()) + uPos, nText);
+        size_t nAt = 0;
+        while (nAt < nText) {
+            const size_t nWindow = std::min<size_t>(nText - nAt, kPlainLineCapacity - 1);
+            char* const pLine = pText + nAt;
             const void* pNewline = std::memchr(pLine, '\n', nWindow);
             size_t nLen = pNewline != nullptr
                               ? static_cast<size_t>(static_cast<const char*>(pNewline) - pLine) + 1
@@ -266,22 +420,24 @@ struct CPindIni::Parser {
             if (pNewline == nullptr && nWindow < kPlainLineCapacity - 1) {
                 break;  // the line runs into the special byte or the end: PackFGets decides
             }
-            uPos += static_cast<uint32_t>(nLen);
+            nAt += nLen;
             // PackFGets cuts a "\r\n" ending (or a window ending in '\r' and one byte).
             if (nLen >= 3 && pLine[nLen - 2] == '\r') {
                 nLen -= 2;
             }
-            Line(pLine, nLen);
+            Line(pLine, nLen, /*bOwnLine=*/pNewline != nullptr);
         }
-        pFile->SetPos(uPos);
+        pFile->SetPos(uPos + static_cast<uint32_t>(nAt));
     }
 };
 
-CPindIni::CPindIni() = default;
+CPindIni::CPindIni() : m_pStore(std::make_unique<Store>()) {}
 
-CPindIni::CPindIni(bool bReportMissing) : m_bReportMissing(bReportMissing) {}
+CPindIni::CPindIni(bool bReportMissing)
+    : m_bReportMissing(bReportMissing), m_pStore(std::make_unique<Store>()) {}
 
-CPindIni::CPindIni(const char* pszIniFile, bool bReportMissing) : m_bReportMissing(bReportMissing) {
+CPindIni::CPindIni(const char* pszIniFile, bool bReportMissing)
+    : m_bReportMissing(bReportMissing), m_pStore(std::make_unique<Store>()) {
     Load(pszIniFile, /*pszKey=*/nullptr, /*bUseExtendedOpen=*/false);
     m_strFileName = pszIniFile != nullptr ? pszIniFile : "";
 }
@@ -289,7 +445,8 @@ CPindIni::CPindIni(const char* pszIniFile, bool bReportMissing) : m_bReportMissi
 CPindIni::CPindIni(const CPindIni& other)
     : m_nCursor(other.m_nCursor),
       m_bReportMissing(other.m_bReportMissing),
-      m_strFileName(other.m_strFileName) {
+      m_strFileName(other.m_strFileName),
+      m_pStore(std::make_unique<Store>()) {
     CopyFrom(other);
 }
 
@@ -309,16 +466,26 @@ CPindIni::~CPindIni() {
     PackFClose(m_pWriteFile);
 }
 
+// Each record's text, entries and made table are copied; a table the caller changed is copied as
+// it is now.
 void CPindIni::CopyFrom(const CPindIni& other) {
-    std::map<const KeyTable*, KeyTable*> copies;
-    m_vecSections.reserve(other.m_vecSections.size());
-    for (const SectionRecord* pRecord : other.m_vecSections) {
-        KeyTable* pKeys = pRecord->pKeys != nullptr ? new KeyTable(*pRecord->pKeys) : nullptr;
-        copies[pRecord->pKeys] = pKeys;
-        m_vecSections.push_back(new SectionRecord{pRecord->strName, pKeys});
-    }
-    for (const auto& [strName, pKeys] : other.m_mapSections) {
-        m_mapSections.emplace(strName, copies[pKeys]);
+    const Store& from = *other.m_pStore;
+    Store& to = *m_pStore;
+    m_vecSections.reserve(from.sections.size());
+    to.sections.reserve(from.sections.size());
+    to.entries.reserve(from.entries.size());
+    for (size_t i = 0; i < from.sections.size(); ++i) {
+        Store::Section section = from.sections[i];
+        section.pName = to.text.Copy(section.pName, section.nNameLen);
+        for (uint32_t e = section.nFirst; e < section.nEnd; ++e) {
+            const Store::Entry& entry = from.entries[e];
+            const char* pszValue = entry.Value();
+            to.AddEntry(to.text.Copy(entry.pKey, entry.nKeyLen, pszValue, std::strlen(pszValue)),
+                        entry.nKeyLen, entry.nKeyLen);
+        }
+        const KeyTable* pMade = other.m_vecSections[i]->pKeys;
+        to.Add(section, pMade != nullptr ? new KeyTable(*pMade) : nullptr);
+        AdoptSection(to.tables.back().load(std::memory_order_relaxed));
     }
 }
 
@@ -366,7 +533,7 @@ bool CPindIni::LoadEx(const char* pszIniFile, const char* pszKey, bool) {
 
 bool CPindIni::LoadFrom(CPackFile* pFile, const char* pszKey) {
     PackFSeek(pFile, 0, SEEK_SET);
-    Parser parser{*this, /*bTableOnHeader=*/false, std::string(), nullptr};
+    Parser parser{*this, /*bTableOnHeader=*/false, *m_pStore};
     // One spare byte past the buffer stays zero, so a full buffer still ends in a terminator.
     char szLine[kPlainLineCapacity + 1];
     szLine[kPlainLineCapacity] = '\0';
@@ -375,13 +542,13 @@ bool CPindIni::LoadFrom(CPackFile* pFile, const char* pszKey) {
             parser.PlainLines(pFile);
         }
         while (PackFGets(szLine, static_cast<int>(kPlainLineCapacity), pFile) != nullptr) {
-            parser.Line(szLine, std::strlen(szLine));
+            parser.Line(szLine, std::strlen(szLine), /*bOwnLine=*/false);
         }
     } else {
         const size_t nKeyLen = std::strlen(pszKey);
         while (ReadRecord(pFile, szLine, kPlainLineCapacity, pszKey, nKeyLen, kKeyedShortRead,
                           kLineKeyedShortRead)) {
-            parser.Line(szLine, std::strlen(szLine));
+            parser.Line(szLine, std::strlen(szLine), /*bOwnLine=*/false);
         }
     }
     parser.Commit();
@@ -422,11 +589,11 @@ bool CPindIni::LoadScrambled(const char* pszIniFile) {
     }
     const size_t nEffective = std::strlen(strKey.c_str());
 
-    Parser parser{*this, /*bTableOnHeader=*/true, std::string(), nullptr};
+    Parser parser{*this, /*bTableOnHeader=*/true, *m_pStore};
     char szLine[kScrambledLineCapacity + 1];
     while (ReadRecord(pFile, szLine, kScrambledLineCapacity, strKey.c_str(), nEffective,
                       kScrambledShortRead, kLineScrambledShortRead)) {
-        parser.Line(szLine, std::strlen(szLine));
+        parser.Line(szLine, std::strlen(szLine), /*bOwnLine=*/false);
     }
     parser.Commit();
     PackFClose(pFile);
@@ -440,8 +607,8 @@ void CPindIni::DropIndex() {
 }
 
 const char* CPindIni::IndexedLookup(const char* pszSection, const char* pszKey) const {
-    // Small readers answer from the maps in cache; a large one pays for the index once it has been
-    // asked often enough that the index will pay back.
+    // Small readers answer from the store in cache; a large one pays for the index once it has
+    // been asked often enough that the index will pay back.
     constexpr size_t kIndexMinSections = 16;
     constexpr uint32_t kIndexAfterLookups = 256;
     if (m_bTablesOut.load(std::memory_order_relaxed)) {
@@ -449,21 +616,57 @@ const char* CPindIni::IndexedLookup(const char* pszSection, const char* pszKey) 
     }
     const LookupIndex* pIndex = m_pIndex.load(std::memory_order_acquire);
     if (pIndex == nullptr) {
-        // Exactly one caller sees the count reach the mark and builds; the others use the maps.
-        if (m_mapSections.size() < kIndexMinSections ||
+        // Exactly one caller sees the count reach the mark and builds; the others use the store.
+        if (m_pStore->nNames < kIndexMinSections ||
             m_nLookups.fetch_add(1, std::memory_order_relaxed) + 1 != kIndexAfterLookups) {
             return nullptr;
         }
-        pIndex = new LookupIndex(m_mapSections);
+        pIndex = new LookupIndex(*m_pStore);
         m_pIndex.store(pIndex, std::memory_order_release);
     }
-    return pIndex->Find(pszSection, pszKey);
+    return pIndex->Find(pszSection, std::strlen(pszSection), pszKey, std::strlen(pszKey));
 }
 
-void CPindIni::AdoptSection(const std::string& strName, KeyTable* pKeys) {
+// The store's section just added gets its record; `pKeys` is its table when already made.
+void CPindIni::AdoptSection(KeyTable* pKeys) {
     DropIndex();
-    m_mapSections.insert_or_assign(strName, pKeys);
-    m_vecSections.push_back(new SectionRecord{strName, pKeys});
+    const Store::Section& section = m_pStore->sections.back();
+    m_vecSections.push_back(
+        new SectionRecord{std::string(section.pName, section.nNameLen), pKeys});
+}
+
+CPindIni::KeyTable* CPindIni::MakeTable(size_t nSection) const {
+    Store& store = *m_pStore;
+    std::atomic<KeyTable*>& made = store.tables[nSection];
+    KeyTable* pKeys = made.load(std::memory_order_acquire);
+    if (pKeys != nullptr || !store.sections[nSection].bTable) {
+        return pKeys;
+    }
+    std::lock_guard<std::mutex> lock(store.mutex);
+    pKeys = made.load(std::memory_order_relaxed);
+    if (pKeys == nullptr) {
+        pKeys = new KeyTable();
+        const Store::Section& section = store.sections[nSection];
+        for (uint32_t e = section.nFirst; e < section.nEnd; ++e) {
+            const Store::Entry& entry = store.entries[e];
+            const std::string_view key(entry.pKey, entry.nKeyLen);
+            // Files mostly list keys in order: appending then needs no search.
+            if (pKeys->empty() || std::prev(pKeys->end())->first < key) {
+                pKeys->emplace_hint(pKeys->end(), key, entry.Value());
+            } else {
+                (*pKeys)[std::string(key)] = entry.Value();
+            }
+        }
+        m_vecSections[nSection]->pKeys = pKeys;
+        made.store(pKeys, std::memory_order_release);
+    }
+    return pKeys;
+}
+
+void CPindIni::MakeAllTables() const {
+    for (size_t i = 0; i < m_pStore->sections.size(); ++i) {
+        MakeTable(i);
+    }
 }
 
 void CPindIni::Clear() {
@@ -472,7 +675,7 @@ void CPindIni::Clear() {
         delete pRecord;
     }
     m_vecSections.clear();
-    m_mapSections.clear();
+    m_pStore = std::make_unique<Store>();
     m_nCursor = 0;
     DropIndex();
 }
@@ -500,17 +703,24 @@ const char* CPindIni::Lookup(const char* pszSection, const char* pszKey, int nLi
     if (const char* pszValue = IndexedLookup(pszSection, pszKey)) {
         return pszValue;
     }
-    const auto itSection = m_mapSections.find(std::string_view(pszSection));
-    if (itSection == m_mapSections.end() || itSection->second == nullptr) {
+    const ptrdiff_t nSection = m_pStore->Find(pszSection, std::strlen(pszSection));
+    if (nSection < 0 || !m_pStore->sections[static_cast<size_t>(nSection)].bTable) {
         ReportSection(pszSection);
         return nullptr;
     }
-    const auto itKey = itSection->second->find(std::string_view(pszKey));
-    if (itKey == itSection->second->end()) {
+    const char* pszValue = FindKey(static_cast<size_t>(nSection), pszKey);
+    if (pszValue == nullptr) {
         ReportKey(pszSection, pszKey);
-        return nullptr;
     }
-    return itKey->second.c_str();
+    return pszValue;
+}
+
+// From the section's table once made (the caller may have changed it), else from the store.
+const char* CPindIni::FindKey(size_t nSection, const char* pszKey) const {
+    if (const KeyTable* pKeys = m_pStore->tables[nSection].load(std::memory_order_acquire)) {
+        return TableGetString(pKeys, pszKey);
+    }
+    return m_pStore->FindKey(m_pStore->sections[nSection], pszKey);
 }
 
 const char* CPindIni::GetString(const char* pszSection, const char* pszKey,
@@ -545,26 +755,27 @@ CPindIni::KeyTable* CPindIni::GetSection(const char* pszSection) const {
     if (pszSection == nullptr) {
         return nullptr;
     }
-    const auto it = m_mapSections.find(std::string_view(pszSection));
-    if (it == m_mapSections.end() || it->second == nullptr) {
+    const ptrdiff_t nSection = m_pStore->Find(pszSection, std::strlen(pszSection));
+    KeyTable* pKeys = nSection >= 0 ? MakeTable(static_cast<size_t>(nSection)) : nullptr;
+    if (pKeys == nullptr) {
         ReportSection(pszSection);
         return nullptr;
     }
     m_bTablesOut.store(true, std::memory_order_relaxed);
-    return it->second;
+    return pKeys;
 }
 
 bool CPindIni::HasSection(const char* pszSection) const {
-    return pszSection != nullptr && m_mapSections.count(std::string_view(pszSection)) != 0;
+    return pszSection != nullptr && m_pStore->Find(pszSection, std::strlen(pszSection)) >= 0;
 }
 
 bool CPindIni::HasKey(const char* pszSection, const char* pszKey) const {
     if (pszSection == nullptr || pszKey == nullptr) {
         return false;
     }
-    const auto it = m_mapSections.find(std::string_view(pszSection));
-    return it != m_mapSections.end() && it->second != nullptr &&
-           it->second->count(std::string_view(pszKey)) != 0;
+    const ptrdiff_t nSection = m_pStore->Find(pszSection, std::strlen(pszSection));
+    return nSection >= 0 && m_pStore->sections[static_cast<size_t>(nSection)].bTable &&
+           FindKey(static_cast<size_t>(nSection), pszKey) != nullptr;
 }
 
 int CPindIni::TableGetInt(const KeyTable* pTable, const char* pszKey, int nDefault) {
@@ -640,11 +851,13 @@ CPindIni::SectionRecord* CPindIni::GetCurrentSection() const {
     if (m_nCursor >= m_vecSections.size()) {
         return nullptr;
     }
+    MakeTable(m_nCursor);
     m_bTablesOut.store(true, std::memory_order_relaxed);
     return m_vecSections[m_nCursor];
 }
 
 const CPindIni::SectionList& CPindIni::GetSections() const {
+    MakeAllTables();
     m_bTablesOut.store(true, std::memory_order_relaxed);
     return m_vecSections;
 }
@@ -658,7 +871,10 @@ const char* CPindIni::GetCurrentValue(const char* pszKey) const {
         return "";
     }
     const SectionRecord* pRecord = m_vecSections[m_nCursor];
-    const char* pszValue = TableGetString(pRecord->pKeys, pszKey);
+    const char* pszValue =
+        pRecord->pKeys != nullptr || m_pStore->tables[m_nCursor].load() != nullptr
+            ? TableGetString(pRecord->pKeys, pszKey)
+            : m_pStore->FindKey(m_pStore->sections[m_nCursor], pszKey);
     if (pszValue == nullptr) {
         ReportKey(pRecord->strName.c_str(), pszKey);
         return "";
@@ -735,31 +951,47 @@ bool CPindIni::SetValue(const char* pszIniFile, const char* pszSection, const ch
         return false;
     }
     DropIndex();
-    const auto it = m_mapSections.find(std::string_view(pszSection));
-    if (it == m_mapSections.end()) {
+    MakeAllTables();
+    Store& store = *m_pStore;
+    const size_t nName = std::strlen(pszSection);
+    const ptrdiff_t nFound = store.Find(pszSection, nName);
+    if (nFound < 0) {
         auto* pKeys = new KeyTable();
         pKeys->emplace(pszKey, pszValue != nullptr ? pszValue : "");
-        AdoptSection(pszSection, pKeys);
+        const char* pName = store.text.Copy(pszSection, nName);
+        const auto nAt = static_cast<uint32_t>(store.entries.size());
+        store.Add(Store::Section{pName, static_cast<uint32_t>(nName), NameHash(pName, nName), nAt,
+                                 nAt, /*bTable=*/true},
+                  pKeys);
+        AdoptSection(pKeys);
     } else {
-        if (it->second == nullptr) {
-            // The last record of the name is the one the index stands for; it owns the new table.
-            it->second = new KeyTable();
-            for (auto rit = m_vecSections.rbegin(); rit != m_vecSections.rend(); ++rit) {
-                if ((*rit)->strName == pszSection) {
-                    (*rit)->pKeys = it->second;
-                    break;
-                }
-            }
+        const auto nSection = static_cast<size_t>(nFound);
+        KeyTable* pKeys = store.tables[nSection].load(std::memory_order_relaxed);
+        if (pKeys == nullptr) {
+            // The last record of the name is the one look-ups stand for; it owns the new table.
+            pKeys = new KeyTable();
+            store.sections[nSection].bTable = true;
+            store.tables[nSection].store(pKeys, std::memory_order_relaxed);
+            m_vecSections[nSection]->pKeys = pKeys;
         }
-        auto itKey = it->second->find(std::string_view(pszKey));
-        if (itKey == it->second->end()) {
-            it->second->emplace(pszKey, pszValue != nullptr ? pszValue : "");
+        auto itKey = pKeys->find(std::string_view(pszKey));
+        if (itKey == pKeys->end()) {
+            pKeys->emplace(pszKey, pszValue != nullptr ? pszValue : "");
         } else if (pszValue != nullptr) {
             itKey->second = pszValue;
         }
     }
     if (OpenForWrite(pszIniFile, bUseExtendedOpen)) {
-        for (const auto& [strName, pKeys] : m_mapSections) {
+        // One entry per name, its last section, in byte order.
+        SectionIndex index;
+        for (uint32_t nSlot : store.nameSlots) {
+            if (nSlot != 0) {
+                const Store::Section& section = store.sections[nSlot - 1];
+                index.emplace(std::string(section.pName, section.nNameLen),
+                              store.tables[nSlot - 1].load(std::memory_order_relaxed));
+            }
+        }
+        for (const auto& [strName, pKeys] : index) {
             WriteSection(strName.c_str());
             if (pKeys != nullptr) {
                 for (const auto& [strKey, strValue] : *pKeys) {

@@ -30,7 +30,8 @@ public:
         std::string strName;  ///< the name between the brackets
         KeyTable* pKeys;      ///< the keys; null when a plain load saw no key line
     };
-    /// Section name -> key table of the last section of that name; owns nothing.
+    /// Section name -> key table of the last section of that name; owns nothing. SetValue writes
+    /// the sections in this order.
     using SectionIndex = std::map<std::string, KeyTable*, std::less<>>;
     /// Sections in file order; owns the records and their key tables.
     using SectionList = std::vector<SectionRecord*>;
@@ -147,30 +148,38 @@ public:
     static void Scramble(char* pBuffer, int nLength, const char* pszKey);
 
 private:
+    struct Store;
     struct Parser;
     struct LookupIndex;
 
     bool LoadFrom(CPackFile* pFile, const char* pszKey);
     const char* Lookup(const char* pszSection, const char* pszKey, int nLine) const;
+    const char* FindKey(size_t nSection, const char* pszKey) const;
     const char* IndexedLookup(const char* pszSection, const char* pszKey) const;
+    KeyTable* MakeTable(size_t nSection) const;
+    void MakeAllTables() const;
     void DropIndex();
-    void AdoptSection(const std::string& strName, KeyTable* pKeys);
+    void AdoptSection(KeyTable* pKeys);
     void CopyFrom(const CPindIni& other);
     void ReportSection(const char* pszSection) const;
     void ReportKey(const char* pszSection, const char* pszKey) const;
     void Write(const std::string& strText);
 
-    // Fields in the order the client's data model gives.
-    SectionIndex m_mapSections;
+    // The records in file order; they own their key tables, which are made from the store the
+    // first time a caller asks for one (GetSection, the walk's records, SetValue).
     SectionList m_vecSections;
     size_t m_nCursor = 0;
     bool m_bReportMissing = false;
     std::string m_strFileName;
     CPackFile* m_pWriteFile = nullptr;
 
-    // A hash of (section, key) pairs beside the maps, built once a reader of many sections has
+    // The loaded text with its sections and keys in flat arrays, and the by-name index: look-ups
+    // answer from here until a section's table is made, then from the table.
+    std::unique_ptr<Store> m_pStore;
+
+    // A hash of (section, key) pairs beside the store, built once a reader of many sections has
     // answered enough look-ups; unused once a table went out writable (GetSection and the like),
-    // as the caller may then erase what it points at.
+    // as the caller may then change what it points at.
     mutable std::atomic<const LookupIndex*> m_pIndex{nullptr};
     mutable std::atomic<uint32_t> m_nLookups{0};
     mutable std::atomic<bool> m_bTablesOut{false};
