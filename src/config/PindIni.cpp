@@ -2,17 +2,18 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <iterator>
 #include <memory>
-#include <mutex>
 #include <string_view>
 
 #include "pind/client/PindClient.h"
 #include "pind/diag/Report.h"
 #include "pind/files/PackFile.h"
+#include "pind/platform/CriticalSection.h"
 #include "pind/platform/CrtString.h"
 
 namespace {
@@ -188,9 +189,9 @@ struct CPindIni::Store {
     // Open addressing by name: 1 + the index of the last section of each name; 0 is free.
     std::vector<uint32_t> nameSlots = std::vector<uint32_t>(16, 0);
     size_t nNames = 0;
-    // A section's table once made; written under the mutex, read without it.
+    // A section's table once made; written inside `cs`, read without it.
     std::deque<std::atomic<KeyTable*>> tables;
-    std::mutex mutex;
+    pind::platform::CriticalSection cs;
 
     void AddEntry(const char* pKey, size_t nKeyLen, size_t nValueAt) {
         entries.push_back(Entry{pKey, static_cast<uint16_t>(nKeyLen),
@@ -399,19 +400,27 @@ struct CPindIni::Parser {
 
     // The plain form straight from a file held in memory, line by line as PackFGets would give
     // it with a 2048-byte buffer, up to the first 0x00 or 0xFF byte; the rest is left to PackFGets.
-    // The text is copied once into the store, and the values are ended in place.
+    // The text is copied into the store a cache-sized piece ahead of the parse (one pass over the
+    // file's bytes), and the values are ended in place.
     void PlainLines(CPackFile* pFile) {
+        constexpr size_t kCopyAhead = 32 * 1024;
         const uint32_t uPlain = pFile->GetPlainSize();
         uint32_t uPos = pFile->GetPos();
         if (uPos >= uPlain) {
             return;
         }
         const size_t nText = uPlain - uPos;
+        const char* const pSource = reinterpret_cast<const char*>(pFile->GetData()) + uPos;
         char* const pText = store.text.AllocBlock(nText);
-        std::memcpy(pText, reinterpret_cast<const char*>(pFile->GetData()) + uPos, nText);
+        size_t nCopied = 0;
         size_t nAt = 0;
         while (nAt < nText) {
             const size_t nWindow = std::min<size_t>(nText - nAt, kPlainLineCapacity - 1);
+            if (nCopied < nAt + nWindow) {
+                const size_t nTo = std::min(nText, nAt + nWindow + kCopyAhead);
+                std::memcpy(pText + nCopied, pSource + nCopied, nTo - nCopied);
+                nCopied = nTo;
+            }
             char* const pLine = pText + nAt;
             const void* pNewline = std::memchr(pLine, '\n', nWindow);
             size_t nLen = pNewline != nullptr
@@ -462,7 +471,8 @@ CPindIni& CPindIni::operator=(const CPindIni& other) {
 }
 
 CPindIni::~CPindIni() {
-    Clear();
+    DeleteRecords();
+    delete m_pIndex.load();
     PackFClose(m_pWriteFile);
 }
 
@@ -642,7 +652,7 @@ CPindIni::KeyTable* CPindIni::MakeTable(size_t nSection) const {
     if (pKeys != nullptr || !store.sections[nSection].bTable) {
         return pKeys;
     }
-    std::lock_guard<std::mutex> lock(store.mutex);
+    pind::platform::CriticalSectionGuard guard(store.cs);
     pKeys = made.load(std::memory_order_relaxed);
     if (pKeys == nullptr) {
         pKeys = new KeyTable();
@@ -669,12 +679,16 @@ void CPindIni::MakeAllTables() const {
     }
 }
 
-void CPindIni::Clear() {
+void CPindIni::DeleteRecords() {
     for (SectionRecord* pRecord : m_vecSections) {
         delete pRecord->pKeys;
         delete pRecord;
     }
     m_vecSections.clear();
+}
+
+void CPindIni::Clear() {
+    DeleteRecords();
     m_pStore = std::make_unique<Store>();
     m_nCursor = 0;
     DropIndex();

@@ -159,6 +159,7 @@ private:
     KeyTable* MakeTable(size_t nSection) const;
     void MakeAllTables() const;
     void DropIndex();
+    void DeleteRecords();
     void AdoptSection(KeyTable* pKeys);
     void CopyFrom(const CPindIni& other);
     void ReportSection(const char* pszSection) const;
