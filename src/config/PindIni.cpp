@@ -8,6 +8,7 @@
 #include <deque>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string_view>
 
 #include "pind/client/PindClient.h"
@@ -114,8 +115,42 @@ uint64_t HashBytes(const char* p, size_t n, uint64_t h) {
     return h ^ (h >> 32);
 }
 
+// Names and keys are mostly short: up to 8 bytes hash from two overlapping loads.
 uint32_t NameHash(const char* p, size_t n) {
-    return static_cast<uint32_t>(HashBytes(p, n, 0x243F6A8885A308D3ull));
+    if (n > 8) {
+        return static_cast<uint32_t>(HashBytes(p, n, 0x243F6A8885A308D3ull));
+    }
+    uint64_t w = n;
+    if (n >= 4) {
+        uint32_t lo;
+        uint32_t hi;
+        std::memcpy(&lo, p, 4);
+        std::memcpy(&hi, p + n - 4, 4);
+        w |= (uint64_t{lo} << 32 | hi) << 3;
+    } else if (n > 0) {
+        w |= (uint64_t{static_cast<uint8_t>(p[0])} << 8 |
+              uint64_t{static_cast<uint8_t>(p[n / 2])} << 16 |
+              uint64_t{static_cast<uint8_t>(p[n - 1])} << 24);
+    }
+    w *= 0x9E3779B97F4A7C15ull;
+    return static_cast<uint32_t>(w >> 32);
+}
+
+// The first tab, LF or CR in [p, pEnd), else pEnd; eight bytes at a time while none is below 14.
+char* FindValueEnd(char* p, const char* pEnd) {
+    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    while (pEnd - p >= 8) {
+        uint64_t w;
+        std::memcpy(&w, p, 8);
+        if (((w - kOnes * 14) & ~w & kOnes * 0x80) != 0) {
+            break;
+        }
+        p += 8;
+    }
+    while (p < pEnd && *p != '\t' && *p != '\n' && *p != '\r') {
+        ++p;
+    }
+    return p;
 }
 
 // Bytes that live as long as the reader's contents: handed out in blocks that never move, so a
@@ -134,7 +169,15 @@ public:
     }
     // A block of its own, so the free space of the current one is kept.
     char* AllocBlock(size_t n) {
-        m_blocks.emplace_back(new char[n]);
+        void* p = std::malloc(n);
+        if (p == nullptr) {
+            throw std::bad_alloc();
+        }
+        return Adopt(p);
+    }
+    // Takes over a block from std::malloc.
+    char* Adopt(void* p) {
+        m_blocks.emplace_back(static_cast<char*>(p));
         return m_blocks.back().get();
     }
     // The two runs one after the other, and a zero.
@@ -154,7 +197,10 @@ private:
         m_nLeft = n;
     }
 
-    std::vector<std::unique_ptr<char[]>> m_blocks;
+    struct Free {
+        void operator()(char* p) const { std::free(p); }
+    };
+    std::vector<std::unique_ptr<char, Free>> m_blocks;
     char* m_pFree = nullptr;
     size_t m_nLeft = 0;
     size_t m_nNextBlock = 8192;
@@ -334,6 +380,7 @@ struct CPindIni::Parser {
     bool bTableOnHeader;
     Store& store;
     Store::Section section{nullptr, 0, 0, 0, 0, false};
+    bool bKeepBuffer = false;
 
     void Commit() {
         if (section.nNameLen > 0) {
@@ -383,10 +430,7 @@ struct CPindIni::Parser {
         while (pValue < pEnd && *pValue == '\t') {
             ++pValue;
         }
-        char* pValueEnd = pValue;
-        while (pValueEnd < pEnd && *pValueEnd != '\t' && *pValueEnd != '\n' && *pValueEnd != '\r') {
-            ++pValueEnd;
-        }
+        char* const pValueEnd = FindValueEnd(pValue, pEnd);
         section.bTable = true;
         const size_t nKey = static_cast<size_t>(pKeyEnd - pLine);
         const size_t nValue = static_cast<size_t>(pValueEnd - pValue);
@@ -400,27 +444,22 @@ struct CPindIni::Parser {
 
     // The plain form straight from a file held in memory, line by line as PackFGets would give
     // it with a 2048-byte buffer, up to the first 0x00 or 0xFF byte; the rest is left to PackFGets.
-    // The text is copied into the store a cache-sized piece ahead of the parse (one pass over the
-    // file's bytes), and the values are ended in place.
+    // The lines are parsed in the file's own buffer, which the store keeps (see KeepBuffer), with
+    // the values ended in place.
     void PlainLines(CPackFile* pFile) {
-        constexpr size_t kCopyAhead = 32 * 1024;
-        const uint32_t uPlain = pFile->GetPlainSize();
-        uint32_t uPos = pFile->GetPos();
+        const uint32_t uPlain = pFile->m_uFirstSpecial;
+        const uint32_t uPos = pFile->m_uPos;
         if (uPos >= uPlain) {
             return;
         }
         const size_t nText = uPlain - uPos;
-        const char* const pSource = reinterpret_cast<const char*>(pFile->GetData()) + uPos;
-        char* const pText = store.text.AllocBlock(nText);
-        size_t nCopied = 0;
+        char* const pText = reinterpret_cast<char*>(pFile->m_pData) + uPos;
+        // Room for a key in every 16 bytes, so the entries are not copied as they grow; pages
+        // never written are never touched.
+        store.entries.reserve(store.entries.size() + nText / 16);
         size_t nAt = 0;
         while (nAt < nText) {
             const size_t nWindow = std::min<size_t>(nText - nAt, kPlainLineCapacity - 1);
-            if (nCopied < nAt + nWindow) {
-                const size_t nTo = std::min(nText, nAt + nWindow + kCopyAhead);
-                std::memcpy(pText + nCopied, pSource + nCopied, nTo - nCopied);
-                nCopied = nTo;
-            }
             char* const pLine = pText + nAt;
             const void* pNewline = std::memchr(pLine, '\n', nWindow);
             size_t nLen = pNewline != nullptr
@@ -436,7 +475,19 @@ struct CPindIni::Parser {
             }
             Line(pLine, nLen, /*bOwnLine=*/pNewline != nullptr);
         }
-        pFile->SetPos(uPos + static_cast<uint32_t>(nAt));
+        pFile->m_uPos = uPos + static_cast<uint32_t>(nAt);
+        bKeepBuffer = nAt > 0;
+    }
+
+    // Once the file is read, the store takes over its buffer when values point into it.
+    void KeepBuffer(CPackFile* pFile) {
+        if (bKeepBuffer) {
+            store.text.Adopt(pFile->m_pData);
+            pFile->m_pData = nullptr;
+            pFile->m_uSize = 0;
+            pFile->m_uPos = 0;
+            pFile->m_uFirstSpecial = 0;
+        }
     }
 };
 
@@ -554,6 +605,7 @@ bool CPindIni::LoadFrom(CPackFile* pFile, const char* pszKey) {
         while (PackFGets(szLine, static_cast<int>(kPlainLineCapacity), pFile) != nullptr) {
             parser.Line(szLine, std::strlen(szLine), /*bOwnLine=*/false);
         }
+        parser.KeepBuffer(pFile);
     } else {
         const size_t nKeyLen = std::strlen(pszKey);
         while (ReadRecord(pFile, szLine, kPlainLineCapacity, pszKey, nKeyLen, kKeyedShortRead,

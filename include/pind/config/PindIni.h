@@ -1,7 +1,7 @@
 // Reads INI files through the host client: [section] headers over key=value lines, in plain text,
 // as key-XOR-ed length-prefixed records, or in the self-keyed scrambled form CMyCrypto writes.
-// Look-ups answer from ordered maps and give the caller's default on a miss; SetValue rewrites a
-// file.
+// Look-ups give the caller's default on a miss; the ordered key tables of the interface are made
+// for a section the first time a caller asks for one. SetValue rewrites a file.
 //   CPindIni ini("ini/GameSetup.ini", /*reportMissing=*/true);
 //   int nRate = ini.GetInt("FrameRate", "ProfileInterval", 20);
 #ifndef PIND_CONFIG_PINDINI_H_

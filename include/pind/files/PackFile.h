@@ -70,6 +70,8 @@ public:
 
 private:
     friend char* PackFGets(char* pszBuffer, int nCapacity, CPackFile* pFile);
+    // The INI reader parses a packaged file in its buffer and keeps the buffer, not a copy.
+    friend class CPindIni;
 
     void OpenDisk(const char* pszMode);
     bool OpenPackage(const char* pszCallerPath);
