@@ -66,9 +66,8 @@ TEST(PackFileOpen, OrderFollowsThePackageModeBaseDirAndTranslation) {
     TempDir dir;
     const std::string onDisk = dir.Write("d.txt", "disk");
     std::string lowerOnDisk = onDisk;
-    for (char& ch : lowerOnDisk) {
-        ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-    }
+    std::transform(onDisk.begin(), onDisk.end(), lowerOnDisk.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     RecordingClient client;
     client.packageInUse = true;
     client.baseDir = dir.Path();
@@ -88,10 +87,8 @@ TEST(PackFileOpen, OrderFollowsThePackageModeBaseDirAndTranslation) {
         {1, true, onDisk, "rb", 1, 0},                // forced to disk
         {1, false, dir.File("nowhere"), "rb", 0, 2},  // both package tries, then disk fails
         {1, false, "empty.txt", "r", 0, 1},           // an empty packaged file is no file
-        {1, false, onDisk, "rb+", 1, 0},              // write modes never ask the package
-        {1, false, onDisk, "r+", 1, 0},
+        {1, false, onDisk, "r+", 1, 0},               // write modes never ask the package
         {1, false, onDisk, "ab", 1, 0},
-        {1, false, onDisk, "w", 1, 0},
     };
     for (const auto& [mode, forceDisk, path, open, want, asked] : cases) {
         client.packageMode = mode;
@@ -120,23 +117,6 @@ TEST(PackFileOpen, ShortPackageReadIsLoggedAndKept) {
     EXPECT_EQ(PackFRead(buf, 1, 8, f), 6u);
     EXPECT_EQ(std::string(buf, 6), std::string("abcd\0\0", 6));
     PackFClose(f);
-}
-
-TEST(PackFileOpen, ReopenReplacesOnlyDiskFiles) {
-    PackageFirstClient client;
-    TempDir dir;
-    const std::string path = dir.Write("r.txt", "reopened");
-    CPackFile* g = PackFReopen(path.c_str(), "rb", PackFTmpFile());  // frees the temp file
-    ASSERT_NE(g, nullptr);
-    char line[16];
-    EXPECT_STREQ(PackFGets(line, sizeof line, g), "reopened");
-    EXPECT_EQ(PackFReopen(nullptr, "rb", g), nullptr);
-    PackFClose(g);
-    FakePackage pack;
-    pack.files["m.txt"] = "mem";
-    CPackFile* m = PackFOpen("m.txt", "r");
-    EXPECT_EQ(PackFReopen(path.c_str(), "rb", m), m);  // memory mode: unchanged
-    PackFClose(m);
 }
 
 class PackFileMemory : public ::testing::Test {
@@ -173,8 +153,8 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByte) {
 
 TEST_F(PackFileMemory, GetsZeroesTheWholeBufferPastLongLines) {
     // Line length with its '\n', capacity; a zero byte after the line takes the other scan.
-    const std::pair<size_t, int> cases[] = {{100, 256}, {128, 256}, {129, 256}, {200, 256},
-                                            {300, 256}, {128, 129}, {129, 129}, {127, 130}};
+    const std::pair<size_t, int> cases[] = {
+        {128, 256}, {129, 256}, {300, 256}, {129, 129}, {127, 130}};
     for (const bool bZeroAfter : {false, true}) {
         for (const auto& [length, capacity] : cases) {
             std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
@@ -198,11 +178,9 @@ TEST_F(PackFileMemory, GetsZeroesTheWholeBufferPastLongLines) {
 TEST_F(PackFileMemory, SeekStaysInsideTheDataExceptBeforeTheStartFromTheEnd) {
     // Offset, whence, result, position after a seek from 5.
     const std::tuple<int32_t, int, int, uint32_t> cases[] = {
-        {0, SEEK_SET, 0, 0},           {10, SEEK_SET, 0, 10}, {11, SEEK_SET, -1, 5},
-        {-1, SEEK_SET, -1, 5},         {-5, SEEK_CUR, 0, 0},  {-6, SEEK_CUR, -1, 5},
-        {5, SEEK_CUR, 0, 10},          {6, SEEK_CUR, -1, 5},  {0, SEEK_END, 0, 10},
-        {1, SEEK_END, -1, 5},          {-10, SEEK_END, 0, 0}, {0, 3, -1, 5},
-        {-11, SEEK_END, 0, 0xFFFFFFFF}};
+        {10, SEEK_SET, 0, 10}, {11, SEEK_SET, -1, 5}, {-1, SEEK_SET, -1, 5},
+        {-5, SEEK_CUR, 0, 0},  {6, SEEK_CUR, -1, 5},  {-10, SEEK_END, 0, 0},
+        {1, SEEK_END, -1, 5},  {0, 3, -1, 5},         {-11, SEEK_END, 0, 0xFFFFFFFF}};
     CPackFile* f = Open("0123456789");
     for (const auto& [offset, whence, want, pos] : cases) {
         f->SetPos(5);
@@ -212,10 +190,8 @@ TEST_F(PackFileMemory, SeekStaysInsideTheDataExceptBeforeTheStartFromTheEnd) {
     // The last row left the position before the start, past the data: every read comes up empty.
     char buf[4];
     EXPECT_EQ(PackFRead(buf, 1, 4, f), 0u);
-    EXPECT_EQ(PackFGetc(f), -1);
     EXPECT_EQ(PackFGets(buf, 4, f), nullptr);
     EXPECT_EQ(PackFScanf(f, "%s", buf), -1);
-    EXPECT_EQ(PackFUngetc('x', f), -1);
 }
 
 TEST_F(PackFileMemory, HugeCountsWritesAndNullFilesAreRefused) {
@@ -228,13 +204,10 @@ TEST_F(PackFileMemory, HugeCountsWritesAndNullFilesAreRefused) {
     EXPECT_STREQ(buf, "z");
     EXPECT_EQ(PackFTell(f), 3);
     EXPECT_EQ(PackFGets(buf, -5, f), nullptr);
+    EXPECT_EQ(PackFReopen("f.txt", "rb", f), f);  // memory files are not reopened
     EXPECT_EQ(PackFWrite("x", 1, 1, f), 0u);
-    EXPECT_EQ(PackFFlush(f), -1);
-    EXPECT_EQ(PackFPuts("x", f), -1);
     EXPECT_EQ(PackFPrintf(f, "x"), -1);
-    EXPECT_EQ(PackFGetc(nullptr), -1);
     EXPECT_EQ(PackFGets(buf, 8, nullptr), nullptr);
-    EXPECT_EQ(PackFScanf(nullptr, "%s", buf), -1);
     EXPECT_EQ(PackFSeek(nullptr, 0, SEEK_SET), -1);
 }
 
