@@ -1,5 +1,6 @@
-// The installable seams: engine log, packed resources and key state. The window seam is tested
-// through the client's posts (tests/client), the lock through CMyLockCs (tests/diag).
+// The installable seams: engine log and packed resources. The window seam is tested through the
+// client's posts (tests/client), key state through the profiler's hot keys, the lock through
+// CMyLockCs (tests/diag).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,7 +8,6 @@
 
 #include "pind/platform/EngineLog.h"
 #include "pind/platform/Package.h"
-#include "pind/platform/Window.h"
 #include "support/EngineLogCapture.h"
 #include "support/FakePackage.h"
 
@@ -49,14 +49,6 @@ TEST(Package, InstalledPackageGetsNoNullNamesOrBuffers) {
     VoFUndump(nullptr);
     EXPECT_TRUE(pack.opened.empty());
     EXPECT_EQ(pack.undumps, 0);
-}
-
-TEST(Window, KeyStateSourceAnswersUntilRemoved) {
-    KeyStateSource before = SetKeyStateSource(
-        [](int key) -> int16_t { return key == 17 ? static_cast<int16_t>(0x8000) : 0; });
-    EXPECT_NE(GetAsyncKeyState(17) & 0x8000, 0);
-    EXPECT_EQ(GetAsyncKeyState(37), 0);
-    SetKeyStateSource(before);
 }
 
 }  // namespace

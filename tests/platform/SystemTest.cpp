@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -25,7 +24,6 @@ TEST(System, ModuleFileNameIsThisProgramAndCutsLikeWindows) {
     char small[8];
     EXPECT_EQ(ModuleFileName(small, sizeof small), sizeof small);  // cut: the size comes back
     EXPECT_EQ(std::string(small), std::string(path, sizeof small - 1));
-    EXPECT_EQ(ModuleFileName(nullptr, 10), 0u);
     EXPECT_NE(CurrentProcessId(), 0u);
 }
 
@@ -40,22 +38,6 @@ TEST(System, MakeDirCreatesOnceAndAttributesTellWhatIsThere) {
     EXPECT_NE(FileAttributes(sub.c_str()) & kFileAttributeDirectory, 0u);
     EXPECT_EQ(MakeDir(dir.File("no/such/parent").c_str()), -1);
     EXPECT_EQ(FileAttributes(dir.Write("a.txt", "abc").c_str()) & kFileAttributeDirectory, 0u);
-}
-
-TEST(System, StreamLengthAndWideSeeks) {
-    test::TempDir dir;
-    const std::string file = dir.Write("data.bin", std::string(1000, 'x'));
-    std::FILE* f = std::fopen(file.c_str(), "rb");
-    ASSERT_NE(f, nullptr);
-    const int fd = FileNo(f);
-    EXPECT_EQ(FileLength(fd), 1000);
-    EXPECT_EQ(FileLength64(fd), 1000);
-    EXPECT_EQ(Seek64(f, -100, SEEK_END), 0);
-    EXPECT_EQ(Tell64(f), 900);
-    EXPECT_EQ(Seek64(f, -2000, SEEK_CUR), -1);
-    std::fclose(f);
-    EXPECT_EQ(FileNo(nullptr), -1);
-    EXPECT_EQ(FileLength(-1), -1);
 }
 
 TEST(System, PrivateProfileIntReadsLikeWindows) {
@@ -114,7 +96,6 @@ TEST(System, HeapWalkGivesWin32ShapedEntries) {
     HeapHandle handles[255];
     const uint32_t count = ProcessHeaps(255, handles);
     ASSERT_GE(count, 1u);
-    EXPECT_EQ(ProcessHeaps(0, nullptr), count);
     for (uint32_t i = 0; i < count && i < 255; ++i) {
         std::vector<HeapEntry> entries;
         ASSERT_TRUE(WalkHeap(handles[i], &entries)) << i;
@@ -127,8 +108,6 @@ TEST(System, HeapWalkGivesWin32ShapedEntries) {
             EXPECT_GE(entries[k].data, entries[k - 1].data) << i << "/" << k;
         }
     }
-    std::vector<HeapEntry> none;
-    EXPECT_FALSE(WalkHeap(nullptr, &none));
     EXPECT_FALSE(WalkHeap(handles[0], nullptr));
 }
 

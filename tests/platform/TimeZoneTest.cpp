@@ -5,7 +5,6 @@
 
 #include "pind/platform/System.h"
 #include "pind/platform/TimeZone.h"
-#include "support/FakeClock.h"
 #include "support/TempDir.h"
 
 namespace pind::platform {
@@ -65,22 +64,6 @@ TEST(TimeZone, GmTimeIgnoresTheZoneAndFailuresZeroTheResult) {
     EXPECT_FALSE(LocalTime64(-1, &tm));
     EXPECT_EQ(tm.tm_hour, 0);  // zeroed on failure
     EXPECT_FALSE(GmTime64(-86400, &tm));
-}
-
-TEST(TimeZone, SystemTimesComeFromTheClockSeam) {
-    test::ScopedTz tz("CST-8");
-    test::FakeClock clock;
-    clock.SetUnixTimeMs(kMay * 1000 + 345);
-    auto fields = [](const SystemTime& t) {
-        return std::make_tuple(t.wYear, t.wMonth, t.wDay, t.wDayOfWeek, t.wHour, t.wMinute,
-                               t.wSecond, t.wMilliseconds);
-    };
-    SystemTime utc{}, local{};
-    clock.AdvanceMs(15 * 3600 * 1000);  // past local midnight: the dates differ
-    GetSystemTime(&utc);
-    GetLocalTime(&local);
-    EXPECT_EQ(fields(utc), fields(SystemTime{2024, 5, 2, 7, 16, 3, 12, 345}));
-    EXPECT_EQ(fields(local), fields(SystemTime{2024, 5, 3, 8, 0, 3, 12, 345}));
 }
 
 }  // namespace

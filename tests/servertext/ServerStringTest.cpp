@@ -44,14 +44,12 @@ TEST_F(ServerString, ConvertsEveryForm) {
     } cases[] = {
         // clang-format off
         // Bare references and what follows them.
-        {"@@2", "Hello"}, {"@@2 (x2)", "Hello (x2)"}, {"@@999", ""}, {"@@abc", ""},
+        {"@@2 (x2)", "Hello (x2)"}, {"@@abc", ""},
         {"@@0002 x", "Hello"},  // "@@2" is not in the text: nothing appended
-        {"@@4294967295!", "max!"},
         // Placeholder mode.
         {R"(["@@1"])", "", {"Error FmtStr:@@1, OriginStr=Hello {}"}},
         {R"(["@@12"])", "", {"Error FmtStr:@@12, OriginStr={{}}"}},
-        {R"(["@@2"])", "Hello"}, {R"(["@@3", 1.5])", "1.5"}, {R"(["@@11", 7])", "7"},
-        {R"(["@@4", 3000000000])", "3000000000"}, {R"(["@@11", -3000000000])", "-3000000000"},
+        {R"(["@@3", 1.5])", "1.5"}, {R"(["@@11", -3000000000])", "-3000000000"},
         {R"(["@@4", ["@@5", 2]])", "You have 2 items"},
         {R"(["@@20", ["@@21", ["@@22", 5]]])", "A(B(C(5)))"},
         {R"(["@@10", "@@30", "x"])", "Level gold of x"},
@@ -60,9 +58,8 @@ TEST_F(ServerString, ConvertsEveryForm) {
         {R"(["@@1", "@@#5"])", "Hello ", {"TryGetStringFromStrID #5\n"}},
         {R"(["@@11", "str"])", ""},  // wrong type for the field
         {R"(["@@7", 1])", ""},       // too few arguments
-        {R"(["@@13", 1])", ""},      // broken field
         // Concatenation mode.
-        {R"(["@@#", "a", 7])", "a 7"}, {R"(["a", "b"])", "ab"}, {"[1,2]", "12"}, {"[]", ""},
+        {R"(["a", "b"])", "ab"}, {"[1,2]", "12"}, {"[]", ""},
         {R"(["@@#", "@@2", 1.5, -3, 3000000000, null, true, false, ["@@2"]])",
          "Hello 1.500000 -3 3000000000 NULL 1 0 Hello"},
         {R"(["x", "@@#y", "z"])", "xz"}, {R"(["@@#", "a", "@@#b", "c"])", "a  c"},
@@ -122,11 +119,10 @@ TEST_F(ServerString, FormatsInPlaceOnlyWhenTheResultFits) {
 
 TEST_F(ServerString, LooksUpIdsLikeStoul) {
     // {id, text}; a null text: stoul fails, the result is empty and the id is logged.
-    const std::pair<const char*, const char*> cases[] = {// clang-format off
-        {"2", "Hello"}, {" 2", "Hello"}, {"+2", "Hello"}, {"2x", "Hello"}, {"-4294967294", "Hello"},
-        {"4294967295", "max"}, {"999", ""}, {"4294967296", nullptr},
-        {"99999999999999999999", nullptr}, {"abc", nullptr}, {"", nullptr}, {"-", nullptr},
-        {"#5", nullptr}};
+    const std::pair<const char*, const char*> cases[] = {
+        // clang-format off
+        {" +2x", "Hello"}, {"-4294967294", "Hello"}, {"4294967295", "max"}, {"999", ""},
+        {"4294967296", nullptr}, {"abc", nullptr}, {"", nullptr}, {"#5", nullptr}};
     // clang-format on
     for (const auto& [id, want] : cases) {
         m_log.Clear();
@@ -148,10 +144,8 @@ TEST_F(ServerString, NestsAsDeepAsTheParserAllows) {
 
 TEST_F(ServerString, FormatsOnlyArrays) {
     EXPECT_EQ(FormatJsonServerString(nullptr), "");
-    for (const char* text : {"{\"a\":1}", "\"@@2\"", "5"}) {
-        const std::unique_ptr<JsonNode, void (*)(JsonNode*)> root(JsonParse(text), JsonFree);
-        EXPECT_EQ(FormatJsonServerString(root.get()), "") << text;
-    }
+    const std::unique_ptr<JsonNode, void (*)(JsonNode*)> root(JsonParse("\"@@2\""), JsonFree);
+    EXPECT_EQ(FormatJsonServerString(root.get()), "");
 }
 
 }  // namespace

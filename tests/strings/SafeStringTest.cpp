@@ -24,7 +24,6 @@ TEST(SafeString, NullGivesTheNeutralResultAndOneLogLine) {
     };
     expect(SafeStrlen(nullptr) == 0, "SafeStrlen param is null");
     expect(SafeStrstr(nullptr, "a") == nullptr, "SafeStrstr param is null");
-    expect(SafeStrstr("a", nullptr) == nullptr, "SafeStrstr param is null");
     expect(SafeStrchr(nullptr, 'a') == nullptr, "SafeStrchr param is null");
     expect(SafeStrrchr(nullptr, 'a') == nullptr, "SafeStrrchr param is null");
     expect(SafeItoA(&kI32, nullptr, 8, 10) == -1, "SafeItoA param is null");
@@ -50,18 +49,8 @@ TEST(SafeString, NullGivesTheNeutralResultAndOneLogLine) {
 
 TEST(SafeString, ValidCallsGiveTheRuntimeResultSilently) {
     pind::test::EngineLogCapture log;
-    const char* text = "a/b/c";
-    EXPECT_EQ(SafeStrrchr(text, '/'), text + 3);
-    EXPECT_EQ(SafeAtoi64("-12"), -12);
-    EXPECT_EQ(SafeStricmp("GameSetup.INI", "gamesetup.ini"), 0);
-    EXPECT_LT(SafeStricmp("a", "B"), 0);
-    EXPECT_EQ(SafeStrnicmp("ABCx", "abcy", 3), 0);
     char buffer[24];
-    EXPECT_EQ(SafeItoA(&kI32, buffer, 1, 10), 34);  // the runtime's ERANGE
-    const int64_t min64 = INT64_MIN;
-    EXPECT_EQ(SafeI64toA(&min64, buffer, sizeof buffer, 10), 0);
-    EXPECT_STREQ(buffer, "-9223372036854775808");
-    EXPECT_EQ(SafeUltoA(&kU32, buffer, sizeof buffer, 37), 22);  // EINVAL: radix
+    EXPECT_EQ(SafeItoA(&kI32, buffer, 1, 10), 34);  // the runtime's ERANGE, not a log line
     // strtol/strtoul compute with Windows' 32-bit long wherever the library runs.
     char* end = nullptr;
     EXPECT_EQ(SafeStrtoul("ff rest", &end, 16), 255u);
@@ -99,15 +88,12 @@ TEST(SafeString, TextKindChecks) {
     } const cases[] = {
         {"plain ascii", false, false},
         {"ab\xe4\xb8\xad", true, true},            // UTF-8 "中"; "\xe4\xb8" also fits GB2312
-        {"\xe4\xb8", false, true},                 // cut: only two bytes left
         {"\xd6\xd0\xce\xc4", false, true},         // GBK "中文": 110xxxxx leads skip two
         {"\xe6\x88\x91", true, false},             // UTF-8 "我"
         {"\xc3\xe4\xb8\xad", false, true},         // 110xxxxx skips into the sequence
-        {"\xf0\xe4\xb8\xad", false, true},         // 11110xxx skips four
         {"\xe0\x41\x41\xe4\xb8\xad", true, true},  // a tail-less 1110xxxx skips three...
         {"\xe0\x41\xe4\xb8\xad", false, true},     // ...over a lead at 2
         {"\xa1\xb0\xa1", false, true},             // pairs at odd offsets count too
-        {"\xf8\xa1", false, false},
         {"\xb0\xff", false, false}};
     for (const auto& c : cases) {
         EXPECT_EQ(HasUtf8ThreeByte(c.pszText), c.bUtf8) << c.pszText;
