@@ -68,8 +68,7 @@ TEST_F(FileCacheTest, LinesAndTheFfByte) {
 
     const uint64_t f = CacheOpen("ff.txt", "r", 0);
     EXPECT_EQ(CacheGets(buf, sizeof buf, f), nullptr);
-    EXPECT_EQ(CacheGets(buf, sizeof buf, f), nullptr);  // the position stays on the 0xFF
-    EXPECT_EQ(FileCacheInstance().mapEntries[f].nPos, 0);
+    EXPECT_EQ(FileCacheInstance().mapEntries[f].nPos, 0);  // the position stays on the 0xFF
     CacheClose(f);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -133,45 +134,35 @@ protected:
     CPackFile* m_file = nullptr;
 };
 
-TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByte) {
-    // Bytes, capacity, "<line>|<line ends>" or "null". Plain CR LF, LF, unended and 0xFF-ended
-    // lines are read by every backend in PackModesTest.cpp.
-    const std::tuple<const char*, int, const char*> cases[] = {{"\r\nb", 16, "\r\n|2"},
-                                                               {"abcdef\n", 4, "abc|0"},
-                                                               {"ab", 1, "|0"},
-                                                               {"\377ab", 16, "null"},
-                                                               {"a\rb\n", 16, "a\rb\n|1"}};
+TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByteThenZeroesTheBuffer) {
+    // Bytes, capacity, "<line>|<line ends>@<position>" or "null". Plain CR LF, LF, unended and
+    // 0xFF-ended lines are read by every backend in PackModesTest.cpp.
+    std::vector<std::tuple<std::string, int, std::string>> cases = {{"\r\nb", 16, "\r\n|2@2"},
+                                                                    {"abcdef\n", 4, "abc|0@3"},
+                                                                    {"ab", 1, "|0@0"},
+                                                                    {"\377ab", 16, "null"},
+                                                                    {"a\rb\n", 16, "a\rb\n|1@4"}};
+    // Lines around the 128-byte block copy, also with a zero byte after the line (the other scan).
+    for (const auto& [length, capacity] :
+         {std::pair<size_t, int>{128, 256}, {129, 256}, {300, 256}, {129, 129}, {127, 130}}) {
+        std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
+        const size_t read = std::min(length, static_cast<size_t>(capacity) - 1);
+        const std::string want = bytes.substr(0, read) + (read == length ? "|1@" : "|0@");
+        cases.emplace_back(bytes, capacity, want + std::to_string(read));
+        bytes[length + 10] = '\0';
+        cases.emplace_back(bytes, capacity, want + std::to_string(read));
+    }
     for (const auto& [bytes, capacity, want] : cases) {
         CPackFile* f = Open(bytes);
-        ASSERT_NE(f, nullptr) << bytes;
-        std::vector<char> buf(static_cast<size_t>(capacity) + 4, '#');
+        ASSERT_NE(f, nullptr);
+        std::vector<char> buf(static_cast<size_t>(capacity) + 1, '#');
         const char* got = PackFGets(buf.data(), capacity, f);
-        EXPECT_EQ(got ? got + ("|" + std::to_string(f->GetLineEnds())) : "null", want) << bytes;
-        EXPECT_EQ(buf[static_cast<size_t>(capacity)], '#') << "wrote past the capacity";
-    }
-}
-
-TEST_F(PackFileMemory, GetsZeroesTheWholeBufferPastLongLines) {
-    // Line length with its '\n', capacity; a zero byte after the line takes the other scan.
-    const std::pair<size_t, int> cases[] = {
-        {128, 256}, {129, 256}, {300, 256}, {129, 129}, {127, 130}};
-    for (const bool bZeroAfter : {false, true}) {
-        for (const auto& [length, capacity] : cases) {
-            std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
-            if (bZeroAfter) {
-                bytes[length + 10] = '\0';
-            }
-            CPackFile* f = Open(bytes);
-            std::vector<char> buf(static_cast<size_t>(capacity) + 1, '#');
-            ASSERT_EQ(PackFGets(buf.data(), capacity, f), buf.data()) << length << " " << capacity;
-            const size_t read = std::min(length, static_cast<size_t>(capacity) - 1);
-            EXPECT_EQ(f->GetPos(), read) << length << " " << capacity;
-            EXPECT_EQ(std::string(buf.data(), read), bytes.substr(0, read));
-            EXPECT_TRUE(std::all_of(buf.begin() + static_cast<std::ptrdiff_t>(read), buf.end() - 1,
-                                    [](char c) { return c == '\0'; }))
-                << length << " " << capacity << ": a byte past the line is not zero";
-            EXPECT_EQ(buf.back(), '#');
-        }
+        const std::string ends = "|" + std::to_string(f->GetLineEnds());
+        EXPECT_EQ(got ? got + ends + "@" + std::to_string(f->GetPos()) : "null", want) << capacity;
+        const auto past = buf.begin() + static_cast<std::ptrdiff_t>(got ? std::strlen(got) : 0);
+        EXPECT_TRUE(!got || std::all_of(past, buf.end() - 1, [](char c) { return c == '\0'; }))
+            << bytes.size() << " " << capacity << ": a byte past the line is not zero";
+        EXPECT_EQ(buf.back(), '#') << "wrote past the capacity";
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "pind/platform/System.h"
@@ -47,13 +48,8 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
                   "; comment\nStray=5\n[Other]\nProfile=9\n[ framerate ]\n  PROFILE = 1\n"
                   "ProfileInterval=0x14\nNegative=-5\nLetters=abc\nEmpty=\nQuoted=\"42\"\n"
                   "Binary=0b101\n");
-    struct Case {
-        const char* section;
-        const char* key;
-        int def;
-        uint32_t want;
-    };
-    const Case cases[] = {
+    // Section, key, default, result.
+    const std::tuple<const char*, const char*, int, uint32_t> cases[] = {
         {"FrameRate", "Profile", 0, 1},  // section and key ignore case and blanks
         {"FrameRate", "ProfileInterval", 10, 20},
         {"FrameRate", "Negative", 0, 0xFFFFFFFBu},
@@ -65,9 +61,8 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
         {"Missing", "Profile", -1, 0xFFFFFFFFu},
         {"Other", "Profile", 0, 9},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(PrivateProfileInt(c.section, c.key, c.def, ini.c_str()), c.want)
-            << c.section << "/" << c.key;
+    for (const auto& [section, key, def, want] : cases) {
+        EXPECT_EQ(PrivateProfileInt(section, key, def, ini.c_str()), want) << section << "/" << key;
     }
     EXPECT_EQ(PrivateProfileInt("FrameRate", "Profile", 4, dir.File("none.ini").c_str()), 4u);
     EXPECT_EQ(PrivateProfileInt(nullptr, "Profile", 4, ini.c_str()), 4u);

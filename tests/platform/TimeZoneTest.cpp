@@ -55,16 +55,5 @@ TEST(TimeZone, DaylightRuleSurvivesTheSystemZoneInBetween) {
     EXPECT_EQ(GetDstBias(), 0);
 }
 
-TEST(TimeZone, GmTimeIgnoresTheZoneAndFailuresZeroTheResult) {
-    test::ScopedTz tz("CST-8");
-    std::tm tm{};
-    ASSERT_TRUE(GmTime64(kMay, &tm));
-    EXPECT_EQ(std::make_tuple(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_wday),
-              std::make_tuple(2024, 5, 7, 1, 2));
-    EXPECT_FALSE(LocalTime64(-1, &tm));
-    EXPECT_EQ(tm.tm_hour, 0);  // zeroed on failure
-    EXPECT_FALSE(GmTime64(-86400, &tm));
-}
-
 }  // namespace
 }  // namespace pind::platform

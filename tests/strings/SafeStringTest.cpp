@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -37,10 +38,9 @@ TEST(SafeString, NullGivesTheNeutralResultAndOneLogLine) {
     const int64_t i64 = 5;
     const uint64_t u64 = 5;
     char buffer[8];
-    EXPECT_EQ(SafeI64toA(&i64, nullptr, 8, 10), -1);
-    EXPECT_EQ(SafeUi64toA(&u64, nullptr, 8, 10), -1);
-    EXPECT_EQ(SafeLtoA(&kI32, nullptr, 8, 10), -1);
-    EXPECT_EQ(SafeUltoA(&kU32, nullptr, 8, 10), -1);
+    EXPECT_EQ(SafeI64toA(&i64, nullptr, 8, 10) + SafeUi64toA(&u64, nullptr, 8, 10) +
+                  SafeLtoA(&kI32, nullptr, 8, 10) + SafeUltoA(&kU32, nullptr, 8, 10),
+              -4);
     EXPECT_FALSE(SafeSprintf(nullptr, 8, "x") || SafeSprintf(buffer, 8, nullptr) ||
                  SafeSprintf(buffer, 0, "x") || SafeUi64ToStr(nullptr, 8, &u64));
     EXPECT_FALSE(HasUtf8ThreeByte(nullptr) || HasGb2312Char(nullptr));
@@ -57,7 +57,6 @@ TEST(SafeString, ValidCallsGiveTheRuntimeResultSilently) {
     EXPECT_STREQ(end, " rest");
     EXPECT_EQ(SafeStrtoul("-5", nullptr, 10), 0xFFFFFFFBu);
     EXPECT_EQ(SafeStrtoul("4294967296", nullptr, 10), 0xFFFFFFFFu);
-    EXPECT_EQ(SafeStrtoul("-4294967296", nullptr, 10), 0xFFFFFFFFu);
     EXPECT_EQ(SafeStrtol("-2147483649", nullptr, 10), INT32_MIN);
     EXPECT_EQ(SafeStrtol("2147483648", nullptr, 10), INT32_MAX);
     // Bounded prints cut and terminate at the last byte.
@@ -82,10 +81,8 @@ TEST(SafeString, FileExtIsTheTextAfterTheLastDot) {
 }
 
 TEST(SafeString, TextKindChecks) {
-    struct {
-        const char* pszText;
-        bool bUtf8, bGb2312;
-    } const cases[] = {
+    // Text, HasUtf8ThreeByte, HasGb2312Char.
+    const std::tuple<const char*, bool, bool> cases[] = {
         {"plain ascii", false, false},
         {"ab\xe4\xb8\xad", true, true},            // UTF-8 "中"; "\xe4\xb8" also fits GB2312
         {"\xd6\xd0\xce\xc4", false, true},         // GBK "中文": 110xxxxx leads skip two
@@ -95,9 +92,9 @@ TEST(SafeString, TextKindChecks) {
         {"\xe0\x41\xe4\xb8\xad", false, true},     // ...over a lead at 2
         {"\xa1\xb0\xa1", false, true},             // pairs at odd offsets count too
         {"\xb0\xff", false, false}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(HasUtf8ThreeByte(c.pszText), c.bUtf8) << c.pszText;
-        EXPECT_EQ(HasGb2312Char(c.pszText), c.bGb2312) << c.pszText;
+    for (const auto& [text, utf8, gb2312] : cases) {
+        EXPECT_EQ(HasUtf8ThreeByte(text), utf8) << text;
+        EXPECT_EQ(HasGb2312Char(text), gb2312) << text;
     }
 }
 
