@@ -1,30 +1,13 @@
-// The installable seams: engine log and packed resources. The window seam is tested through the
-// client's posts (tests/client), key state through the profiler's hot keys, the lock through
-// CMyLockCs (tests/diag).
+// The package seam's edges. Every engine-log check elsewhere goes through the log seam (long
+// texts in the server-text tests), the window seam through the client's posts (tests/client), key
+// state through the profiler's hot keys, the lock through CMyLockCs (tests/diag).
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "pind/platform/EngineLog.h"
 #include "pind/platform/Package.h"
-#include "support/EngineLogCapture.h"
 #include "support/FakePackage.h"
 
 namespace pind::platform {
 namespace {
-
-TEST(EngineLog, SinkGetsTheFormattedWholeText) {
-    test::EngineLogCapture log;
-    PindLogMsg("%s=%d", "level", 3);
-    const std::string longText(5000, 'a');  // longer than the stack buffer
-    PindLogMsg("%s!", longText.c_str());
-    PindLogMsg(nullptr);
-    const std::vector<std::string> lines = log.Lines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0], "level=3");
-    EXPECT_EQ(lines[1], longText + "!");
-}
 
 TEST(Package, WithoutAPackageEveryCallFails) {
     ASSERT_EQ(GetPackage(), nullptr);

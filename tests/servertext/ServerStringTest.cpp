@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "pind/json/FmtJson.h"
@@ -53,11 +54,15 @@ TEST_F(ServerString, ConvertsEveryForm) {
         {R"(["@@4", ["@@5", 2]])", "You have 2 items"},
         {R"(["@@20", ["@@21", ["@@22", 5]]])", "A(B(C(5)))"},
         {R"(["@@10", "@@30", "x"])", "Level gold of x"},
-        {R"(["@@7", true, false, null, {}])", "1 and 0"},
         {R"(["@@7", null, {"a":1}])", "NULL and error"},
+        // Reference arguments look their ids up like stoul; a failure is logged and gives "".
+        {R"(["@@7", "@@ +2x", "@@-4294967294"])", "Hello and Hello"},
+        {R"(["@@7", "@@4294967295", "@@999"])", "max and "},
+        {R"(["@@7", "@@4294967296", "@@abc"])", " and ",
+         {"TryGetStringFromStrID 4294967296\n", "TryGetStringFromStrID abc\n"}},
+        {R"(["@@1", "@@"])", "Hello ", {"TryGetStringFromStrID \n"}},
         {R"(["@@1", "@@#5"])", "Hello ", {"TryGetStringFromStrID #5\n"}},
         {R"(["@@11", "str"])", ""},  // wrong type for the field
-        {R"(["@@7", 1])", ""},       // too few arguments
         // Concatenation mode.
         {R"(["a", "b"])", "ab"}, {"[1,2]", "12"}, {"[]", ""},
         {R"(["@@#", "@@2", 1.5, -3, 3000000000, null, true, false, ["@@2"]])",
@@ -85,54 +90,35 @@ TEST_F(ServerString, ConvertsEveryForm) {
         EXPECT_EQ(FormatServerStringToText(c.source.c_str()), c.want) << c.source;
     }
     EXPECT_EQ(FormatServerStringToText(nullptr), "");
+    std::string out = "junk";
+    TryGetStringFromStrID(out, "abc");  // a failed look-up empties the text
+    EXPECT_EQ(out, "");
 }
 
 TEST_F(ServerString, FormatsInPlaceOnlyWhenTheResultFits) {
-    const struct Case {
-        const char* text;
-        int32_t capacity;
-        const char* want;
-        Lines log;
-    } cases[] = {
+    // Text, capacity, result, engine-log lines.
+    const std::tuple<const char*, int32_t, const char*, Lines> cases[] = {
         {"@@2", 6, "Hello", {}},
         {"@@2", 5, "@@2", {"FormatServerString: [Buf Too Short!], pszStrBuf=Hello"}},
         {"no at sign [1,2]", 32, "no at sign [1,2]", {}},
         {"@@999", 8, "", {}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [text, capacity, result, log] : cases) {
         m_log.Clear();
-        const size_t n = std::strlen(c.text), cap = static_cast<size_t>(c.capacity);
-        std::string buf = c.text + std::string(1, '\0') + std::string(cap + 3 - n, '#');
+        const size_t n = std::strlen(text), cap = static_cast<size_t>(capacity);
+        std::string buf = text + std::string(1, '\0') + std::string(cap + 3 - n, '#');
         // A rewrite zeroes the whole capacity; otherwise nothing moves; never past it.
         const std::string want =
-            std::strcmp(c.want, c.text) == 0
+            std::strcmp(result, text) == 0
                 ? buf
-                : c.want + std::string(cap - std::strlen(c.want), '\0') + "####";
-        FormatServerString(buf.data(), c.capacity);
-        EXPECT_EQ(buf, want) << c.text;
-        EXPECT_EQ(m_log.Lines(), c.log) << c.text;
+                : result + std::string(cap - std::strlen(result), '\0') + "####";
+        FormatServerString(buf.data(), capacity);
+        EXPECT_EQ(buf, want) << text;
+        EXPECT_EQ(m_log.Lines(), log) << text;
     }
     char unterminated[4] = {'@', '@', '2', '2'};
     FormatServerString(unterminated, 4);  // reads stop at the capacity
     FormatServerString(nullptr, 4);
-}
-
-TEST_F(ServerString, LooksUpIdsLikeStoul) {
-    // {id, text}; a null text: stoul fails, the result is empty and the id is logged.
-    const std::pair<const char*, const char*> cases[] = {
-        // clang-format off
-        {" +2x", "Hello"}, {"-4294967294", "Hello"}, {"4294967295", "max"}, {"999", ""},
-        {"4294967296", nullptr}, {"abc", nullptr}, {"", nullptr}, {"#5", nullptr}};
-    // clang-format on
-    for (const auto& [id, want] : cases) {
-        m_log.Clear();
-        std::string out = "junk";
-        TryGetStringFromStrID(out, id);
-        EXPECT_EQ(out, want != nullptr ? want : "") << id;
-        EXPECT_EQ(m_log.Lines(), want != nullptr
-                                     ? Lines{}
-                                     : Lines{std::string("TryGetStringFromStrID ") + id + "\n"});
-    }
 }
 
 TEST_F(ServerString, NestsAsDeepAsTheParserAllows) {
