@@ -100,6 +100,15 @@ TEST(PackFileOpen, OrderFollowsThePackageModeBaseDirAndTranslation) {
     SetPackForceDisk(false);
     EXPECT_EQ(PackFOpen(nullptr, "r"), nullptr);
     EXPECT_EQ(PackFOpen("only/pack.txt", nullptr), nullptr);
+    // Existence asks the package, then the client, then the file system.
+    client.existing.insert("client/only.txt");
+    EXPECT_TRUE(PackFExist("./Only/Pack.txt"));
+    EXPECT_EQ(pack.existed.back(), "only/pack.txt");
+    EXPECT_TRUE(PackFExist("Client/Only.txt"));
+    EXPECT_TRUE(PackFExist(dir.Write("disk_only.txt", "x").c_str()));
+    for (const char* path : {"nowhere.txt", "./", ""}) {
+        EXPECT_FALSE(PackFExist(path)) << path;
+    }
 }
 
 TEST(PackFileOpen, ShortPackageReadIsLoggedAndKept) {
@@ -195,23 +204,6 @@ TEST_F(PackFileMemory, HugeCountsWritesAndNullFilesAreRefused) {
     EXPECT_EQ(PackFPrintf(f, "x"), -1);
     EXPECT_EQ(PackFGets(buf, 8, nullptr), nullptr);
     EXPECT_EQ(PackFSeek(nullptr, 0, SEEK_SET), -1);
-}
-
-TEST(PackFileExist, AsksPackageThenClientThenFileSystem) {
-    TempDir dir;
-    const std::string onDisk = dir.Write("on_disk.txt", "x");
-    RecordingClient client;
-    client.packageInUse = true;
-    client.existing.insert("client/only.txt");
-    FakePackage pack;
-    pack.files["pack/only.txt"] = "x";
-    EXPECT_TRUE(PackFExist("./Pack/Only.txt"));
-    EXPECT_EQ(pack.existed.back(), "pack/only.txt");
-    EXPECT_TRUE(PackFExist("Client/Only.txt"));
-    EXPECT_TRUE(PackFExist(onDisk.c_str()));
-    for (const char* path : {"nowhere.txt", "./", ""}) {
-        EXPECT_FALSE(PackFExist(path)) << path;
-    }
 }
 
 }  // namespace

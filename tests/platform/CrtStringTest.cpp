@@ -22,7 +22,6 @@ TEST(ToText, GivesTheRuntimesTextAndCode) {
         {32, 35, 2, 36, 0, "z"},
         {32, 12345, 5, 10, kErrRange, ""},  // no room for the terminator
         {32, -5, 2, 10, kErrRange, ""},     // a negative needs three bytes
-        {32, 5, 8, 1, kErrInvalid, ""},
         {32, 5, 8, 37, kErrInvalid, ""},
         {33, 4294967295LL, 11, 10, 0, "4294967295"},
         {64, INT64_MIN, 21, 10, 0, "-9223372036854775808"},

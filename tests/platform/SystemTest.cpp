@@ -17,7 +17,6 @@ namespace {
 TEST(System, ModuleFileNameIsThisProgramAndCutsLikeWindows) {
     char path[1024];
     const uint32_t n = ModuleFileName(path, sizeof path);
-    ASSERT_GT(n, 0u);
     EXPECT_EQ(std::strlen(path), n);
     EXPECT_NE(std::string(path).find("pind_platform_tests"), std::string::npos) << path;
 
@@ -54,18 +53,17 @@ TEST(System, PrivateProfileIntReadsLikeWindows) {
 }
 
 TEST(System, ThreadTimesGrowWithWork) {
-    ThreadTimes before{};
+    ThreadTimes before{}, after{};
     ASSERT_TRUE(GetThreadTimes(&before));
     // Busy until the thread's own clock moves (its tick may be coarse and a loaded machine may
     // give this thread little time), or for at most 10 s, which a frozen clock would hit.
     volatile double x = 1;
-    ThreadTimes after = before;
     const auto start = std::chrono::steady_clock::now();
-    while (after.user + after.kernel == before.user + before.kernel &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(10)) {
+    do {
         for (int i = 0; i < 100000; ++i) x = x * 1.0000001;
         ASSERT_TRUE(GetThreadTimes(&after));
-    }
+    } while (after.user + after.kernel == before.user + before.kernel &&
+             std::chrono::steady_clock::now() - start < std::chrono::seconds(10));
     EXPECT_GT(after.user + after.kernel, before.user + before.kernel);
     EXPECT_FALSE(GetThreadTimes(nullptr));
 }

@@ -46,9 +46,8 @@ TEST(Convert, ParsersCheckEveryByteOfTheTextThenConvert) {
 }
 
 TEST(Convert, DoubleAcceptsDotsAnywhere) {
-    const std::pair<const char*, double> cases[] = {{"3.25", 3.25}, {"1.2.3", 1.2}, {"1e5", 0.0},
-                                                    {"-.5", -0.5},  {".", 0.0},     {"-", 0.0},
-                                                    {"-1.5", -1.5}, {"", 0.0},      {"1,5", 0.0}};
+    const std::pair<const char*, double> cases[] = {{"1.2.3", 1.2}, {"1e5", 0.0}, {"-.5", -0.5},
+                                                    {".", 0.0},     {"-", 0.0},   {"1,5", 0.0}};
     for (const auto& [text, want] : cases) EXPECT_DOUBLE_EQ(SzToDouble(text), want) << text;
 }
 

@@ -50,7 +50,6 @@ TEST(SafeString, NullGivesTheNeutralResultAndOneLogLine) {
 TEST(SafeString, ValidCallsGiveTheRuntimeResultSilently) {
     pind::test::EngineLogCapture log;
     char buffer[24];
-    EXPECT_EQ(SafeItoA(&kI32, buffer, 1, 10), 34);  // the runtime's ERANGE, not a log line
     // strtol/strtoul compute with Windows' 32-bit long wherever the library runs.
     char* end = nullptr;
     EXPECT_EQ(SafeStrtoul("ff rest", &end, 16), 255u);
@@ -60,8 +59,6 @@ TEST(SafeString, ValidCallsGiveTheRuntimeResultSilently) {
     EXPECT_EQ(SafeStrtol("-2147483649", nullptr, 10), INT32_MIN);
     EXPECT_EQ(SafeStrtol("2147483648", nullptr, 10), INT32_MAX);
     // Bounded prints cut and terminate at the last byte.
-    ASSERT_TRUE(SafeSprintf(buffer, 1, "%s", "abc"));
-    EXPECT_STREQ(buffer, "");
     ASSERT_TRUE(SafeSprintf(buffer, 8, "%d-%s", 12, "abcdefgh"));
     EXPECT_STREQ(buffer, "12-abcd");
     std::memset(buffer, '#', sizeof buffer);
