@@ -17,49 +17,38 @@ protected:
         m_pack.files["b.txt"] = std::string(100, 'x');
         m_pack.files["ff.txt"] = "\377x";
     }
-    // Handles count on from wherever earlier tests left the process-wide counter.
-    uint64_t Nth(uint64_t n) const { return m_base + n; }
-
     pind::test::RecordingClient m_client;
     pind::test::FakePackage m_pack;
-    const uint64_t m_base = FileCacheInstance().nIssued;
+    const uint64_t m_base = FileCacheInstance().nIssued;  // handles count on from earlier tests
 };
 
 TEST_F(FileCacheTest, MemoryHandlesCountUpAndAreNeverReused) {
     const uint64_t one = CacheOpen("a.txt", "r", 0);
-    EXPECT_EQ(one, Nth(1));
-    EXPECT_EQ(CacheOpen("b.txt", "r", 0), Nth(2));
+    EXPECT_EQ(one, m_base + 1);
+    EXPECT_EQ(CacheOpen("b.txt", "r", 0), m_base + 2);
     CacheClose(one);
     EXPECT_EQ(m_pack.undumps, 1);
-    EXPECT_EQ(CacheOpen("a.txt", "r", 0), Nth(3));
-    char buf[8];
-    EXPECT_EQ(CacheRead(buf, 1, 1, one), 0);  // closed
-    CacheClose(one);                          // unknown: ignored
+    EXPECT_EQ(CacheOpen("a.txt", "r", 0), m_base + 3);
+    CacheClose(one);  // unknown now: ignored
     EXPECT_EQ(m_pack.undumps, 1);
-    CacheClose(Nth(2));
-    CacheClose(Nth(3));
+    CacheClose(m_base + 2);
+    CacheClose(m_base + 3);
     EXPECT_EQ(CacheOpen("missing.txt", "r", 0), 0u);
 }
 
 TEST_F(FileCacheTest, ReadBoundComparesPositionPlusCount) {
-    const uint64_t h = CacheOpen("b.txt", "r", 0);
     char buf[128];
-    struct Step {
-        int size, count, want;
-    };
-    // 100 bytes: 4×10 copies 40; at 92, 92 + 10 > 100 copies the 8 left; then 60 + 30 <= 100
-    // asks for 4×30 = 120 bytes, cut to the 40 left.
-    for (const Step& s : {Step{4, 10, 40}, Step{1, 52, 52}, Step{4, 10, 8}, Step{4, 10, 0}}) {
-        EXPECT_EQ(CacheRead(buf, s.size, s.count, h), s.want) << s.size << "x" << s.count;
+    // Of 100 bytes: at 92, 92 + 10 > 100 copies the 8 left; at 60, 60 + 30 <= 100 asks for
+    // 4×30 = 120 bytes, cut to the 40 left.
+    for (const int at : {92, 60}) {
+        const uint64_t h = CacheOpen("b.txt", "r", 0);
+        EXPECT_EQ(CacheRead(buf, 1, at, h), at);
+        EXPECT_EQ(CacheRead(buf, 4, at == 92 ? 10 : 30, h), 100 - at);
+        EXPECT_EQ(CacheRead(buf, 1, 1, h), 0);
+        EXPECT_EQ(CacheRead(buf, -1, 1, h), 0);
+        CacheClose(h);
     }
-    CacheClose(h);
-    const uint64_t g = CacheOpen("b.txt", "r", 0);
-    EXPECT_EQ(CacheRead(buf, 1, 60, g), 60);
-    EXPECT_EQ(CacheRead(buf, 4, 30, g), 40);
-    EXPECT_EQ(CacheRead(nullptr, 1, 1, g), 0);
-    EXPECT_EQ(CacheRead(buf, -1, 1, g), 0);
     EXPECT_EQ(CacheRead(buf, 1, 1, 0), 0);
-    CacheClose(g);
 }
 
 TEST_F(FileCacheTest, LinesAndTheFfByte) {
@@ -67,19 +56,15 @@ TEST_F(FileCacheTest, LinesAndTheFfByte) {
     char buf[16];
     EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "ab\n");
     EXPECT_STREQ(CacheGets(buf, 2, h), "c");
-    buf[0] = '#';
     EXPECT_EQ(CacheGets(buf, 1, h), nullptr);
     EXPECT_EQ(buf[0], '\0');
-    EXPECT_EQ(CacheGets(buf, 0, h), nullptr);
     EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "d");
     EXPECT_EQ(CacheGets(buf, sizeof buf, h), nullptr);
-    EXPECT_EQ(CacheGets(buf, 16, 999999), nullptr);
     CacheClose(h);
 
     const uint64_t f = CacheOpen("ff.txt", "r", 0);
     EXPECT_EQ(CacheGets(buf, sizeof buf, f), nullptr);
-    EXPECT_EQ(CacheGets(buf, sizeof buf, f), nullptr);  // the position stays on the 0xFF
-    EXPECT_EQ(FileCacheInstance().mapEntries[f].nPos, 0);
+    EXPECT_EQ(FileCacheInstance().mapEntries[f].nPos, 0);  // the position stays on the 0xFF
     CacheClose(f);
 }
 
@@ -88,13 +73,11 @@ TEST_F(FileCacheTest, FallsBackToAFileObjectWhenThePackageWillNotDump) {
     const std::string path = dir.Write("disk.txt", "line 1\r\nline 2\n");
     m_pack.refuseDump = true;
     const uint64_t h = CacheOpen(path.c_str(), "rb", 0);
-    ASSERT_NE(h, 0u);
     EXPECT_EQ(FileCacheInstance().nIssued, m_base);  // no memory handle issued
     EXPECT_TRUE(FileCacheInstance().mapEntries[h].IsFallback());
     char buf[16] = {};
     EXPECT_STREQ(CacheGets(buf, sizeof buf, h), "line 1");  // the file object's line rules
     EXPECT_EQ(CacheRead(buf, 2, 3, h), 3);                  // items, not bytes
-    EXPECT_EQ(CacheRead(nullptr, 2, 3, h), 0);
     CacheClose(h);
     EXPECT_EQ(FileCacheInstance().mapEntries.count(h), 0u);
     EXPECT_EQ(m_pack.undumps, 0);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -12,102 +13,45 @@
 namespace pind::platform {
 namespace {
 
-struct ToTextCase {
-    int bits;  // 32 signed, 33 unsigned 32, 64 signed, 65 unsigned 64
-    int64_t value;
-    size_t size;
-    int radix;
-    int error;
-    const char* text;  // expected buffer content (first byte only when the call failed)
-};
-
-void PrintTo(const ToTextCase& c, std::ostream* os) {
-    *os << c.bits << "-bit " << c.value << " size " << c.size << " radix " << c.radix;
-}
-
-int Call(const ToTextCase& c, char* buffer) {
-    switch (c.bits) {
-        case 32:
-            return ItoaS(static_cast<int32_t>(c.value), buffer, c.size, c.radix);
-        case 33:
-            return UltoaS(static_cast<uint32_t>(c.value), buffer, c.size, c.radix);
-        case 64:
-            return I64toaS(c.value, buffer, c.size, c.radix);
-        default:
-            return Ui64toaS(static_cast<uint64_t>(c.value), buffer, c.size, c.radix);
+TEST(ToText, GivesTheRuntimesTextAndCode) {
+    // Bits (32 signed, 33 unsigned 32, 64 signed, 65 unsigned 64), value, buffer size, radix,
+    // error, and the buffer's text (first byte only when the call failed).
+    const std::tuple<int, int64_t, size_t, int, int, const char*> cases[] = {
+        {32, INT32_MIN, 12, 10, 0, "-2147483648"},
+        {32, -1, 9, 16, 0, "ffffffff"},  // other radixes print two's complement
+        {32, 35, 2, 36, 0, "z"},
+        {32, 12345, 5, 10, kErrRange, ""},  // no room for the terminator
+        {32, -5, 2, 10, kErrRange, ""},     // a negative needs three bytes
+        {32, 5, 8, 37, kErrInvalid, ""},
+        {33, 4294967295LL, 11, 10, 0, "4294967295"},
+        {64, INT64_MIN, 21, 10, 0, "-9223372036854775808"},
+        {65, -1, 21, 10, 0, "18446744073709551615"},
+        {65, 255, 0, 10, kErrInvalid, "x"},  // an empty buffer is left alone
+    };
+    for (const auto& [bits, value, size, radix, error, text] : cases) {
+        char buffer[80];
+        std::fill(std::begin(buffer), std::end(buffer), 'x');
+        buffer[1] = '\0';
+        const int got = bits == 32   ? ItoaS(static_cast<int32_t>(value), buffer, size, radix)
+                        : bits == 33 ? UltoaS(static_cast<uint32_t>(value), buffer, size, radix)
+                        : bits == 64 ? I64toaS(value, buffer, size, radix)
+                                     : Ui64toaS(static_cast<uint64_t>(value), buffer, size, radix);
+        EXPECT_EQ(got, error) << bits << "-bit " << value << " size " << size;
+        EXPECT_STREQ(buffer, text) << bits << "-bit " << value << " size " << size;
     }
-}
-
-class ToText : public ::testing::TestWithParam<ToTextCase> {};
-
-TEST_P(ToText, GivesTheRuntimesTextAndCode) {
-    const ToTextCase& c = GetParam();
-    char buffer[80];
-    std::fill(std::begin(buffer), std::end(buffer), 'x');
-    EXPECT_EQ(Call(c, buffer), c.error);
-    EXPECT_STREQ(buffer, c.text);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ToText,
-    ::testing::Values(ToTextCase{32, 0, 2, 10, 0, "0"}, ToTextCase{32, -12, 4, 10, 0, "-12"},
-                      ToTextCase{32, INT32_MIN, 12, 10, 0, "-2147483648"},
-                      ToTextCase{32, -1, 9, 16, 0,
-                                 "ffffffff"},  // other radixes print two's complement
-                      ToTextCase{32, -1, 40, 2, 0, "11111111111111111111111111111111"},
-                      ToTextCase{32, 35, 2, 36, 0, "z"},
-                      ToTextCase{32, 12345, 5, 10, kErrRange, ""},  // no room for the terminator
-                      ToTextCase{32, -5, 2, 10, kErrRange, ""},     // a negative needs three bytes
-                      ToTextCase{32, -5, 3, 10, 0, "-5"}, ToTextCase{32, 5, 1, 10, kErrRange, ""},
-                      ToTextCase{32, 5, 8, 1, kErrInvalid, ""},
-                      ToTextCase{32, 5, 8, 37, kErrInvalid, ""},
-                      ToTextCase{33, 4294967295LL, 11, 10, 0, "4294967295"},
-                      ToTextCase{33, 4294967295LL, 10, 10, kErrRange, ""},
-                      ToTextCase{64, INT64_MIN, 21, 10, 0, "-9223372036854775808"},
-                      ToTextCase{64, -1, 17, 16, 0, "ffffffffffffffff"},
-                      ToTextCase{65, -1, 21, 10, 0, "18446744073709551615"},
-                      ToTextCase{65, 255, 3, 16, 0, "ff"}));
-
-TEST(ToText, NullOrEmptyBufferIsInvalidAndUntouched) {
-    char buffer[4] = {'x', 'y', 'z', '\0'};
     EXPECT_EQ(ItoaS(1, nullptr, 10, 10), kErrInvalid);
-    EXPECT_EQ(Ui64toaS(1, buffer, 0, 10), kErrInvalid);
-    EXPECT_STREQ(buffer, "xyz");
+    char buffer[4];
     EXPECT_EQ(LtoaS(-7, buffer, sizeof buffer, 10), 0);
     EXPECT_STREQ(buffer, "-7");
 }
 
-struct CompareCase {
-    const char* a;
-    const char* b;
-    size_t count;  // for Strnicmp
-    int stricmp;
-    int strnicmp;
-};
-
-TEST(Compare, IgnoresAsciiCaseAndReturnsTheByteDifference) {
-    const CompareCase cases[] = {
-        {"abc", "ABC", 3, 0, 0},
-        {"abc", "abd", 3, 'c' - 'd', 'c' - 'd'},
-        {"abc", "abd", 2, 'c' - 'd', 0},
-        {"ab", "abc", 5, -'c', -'c'},
-        {"Z", "a", 1, 'z' - 'a', 'z' - 'a'},
-        {"[", "a", 1, '[' - 'a', '[' - 'a'},  // '[' sorts before letters once they are lowered
-        {"\xb0\xa1", "\xb0\xa2", 2, 0xa1 - 0xa2, 0xa1 - 0xa2},  // bytes compare unsigned
-        {"x", "y", 0, 'x' - 'y', 0},
-    };
-    for (const CompareCase& c : cases) {
-        EXPECT_EQ(Stricmp(c.a, c.b), c.stricmp) << c.a << " / " << c.b;
-        EXPECT_EQ(Strnicmp(c.a, c.b, c.count), c.strnicmp) << c.a << " / " << c.b;
-    }
+// Strings that differ in case, in a byte (letters' neighbours '[', '@', '`' and high bytes
+// included) or in length lie at every offset around a page end: the block-wise compare must give
+// the byte-by-byte difference of the lowered bytes and never read into the next page.
+TEST(Compare, LongStringsAtEveryAlignmentMatchBytewiseCompare) {
     EXPECT_EQ(Stricmp(nullptr, "a"), kNlsCompareError);
     EXPECT_EQ(Stricmp("a", nullptr), kNlsCompareError);
     EXPECT_EQ(Strnicmp(nullptr, "a", 0), kNlsCompareError);
-}
-
-// Long strings that differ late, in case or in a byte, lie at every offset around a page end: the
-// block-wise compare must agree with a byte-by-byte one and never read into the next page.
-TEST(Compare, LongStringsAtEveryAlignmentMatchBytewiseCompare) {
     auto reference = [](const char* a, const char* b, size_t count) {
         for (; count > 0; ++a, ++b, --count) {
             const int f = (*a >= 'A' && *a <= 'Z') ? *a + 32 : static_cast<unsigned char>(*a);
@@ -149,25 +93,15 @@ TEST(Compare, LongStringsAtEveryAlignmentMatchBytewiseCompare) {
 }
 
 TEST(Atoi64, ParsesLikeTheRuntime) {
-    struct Case {
-        const char* text;
-        int64_t value;
-    };
-    const Case cases[] = {
-        {"-12", -12},
+    const std::pair<const char*, int64_t> cases[] = {
         {"  \t\n+42abc", 42},
-        {"", 0},
-        {"abc", 0},
         {"- 5", 0},
-        {"9223372036854775807", INT64_MAX},
         {"9223372036854775808", INT64_MAX},
         {"-9223372036854775808", INT64_MIN},
         {"-99999999999999999999", INT64_MIN},
         {"00000000000000000000000000001", 1},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Atoi64(c.text), c.value) << '"' << c.text << '"';
-    }
+    for (const auto& [text, value] : cases) EXPECT_EQ(Atoi64(text), value) << '"' << text << '"';
     EXPECT_EQ(Atoi64(nullptr), 0);
 }
 
