@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "format/FormatTestSupport.h"
 #include "pind/format/FormatError.h"
 #include "pind/format/StringFormat.h"
 #include "support/EngineLogCapture.h"
@@ -34,11 +35,8 @@ TEST(FormatError, NullMessageAndFileStandIn) {
 TEST(FormatError, RepeatsAreWrittenOnceWhateverTheLine) {
     pind::test::EngineLogCapture log;
     CStringFormatter f("%s|repeat", "Repeat.cpp", 1);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(f.GetResult(), "");
-    }
-    CStringFormatter g("%s|repeat", "Repeat.cpp", 2);  // differs only in the line
-    EXPECT_EQ(g.GetResult(), "");
+    for (int i = 0; i < 3; ++i) f.GetResult();
+    CStringFormatter("%s|repeat", "Repeat.cpp", 2).GetResult();  // differs only in the line
     EXPECT_EQ(log.Lines().size(), 1u);
     // The code is not part of the key either.
     ReportFormatError(3000, "not enough arguments");
@@ -52,27 +50,17 @@ TEST(FormatError, RemembersOnlyTheLastElevenReports) {
         CStringFormatter f(format.c_str(), "Eleven.cpp", n);
         ReportFormatError(2001, "x");
     };
-    for (int n = 0; n < 12; ++n) {
-        report(n);
-    }
+    for (int n = 0; n < 12; ++n) report(n);
     report(0);   // pushed out by the twelfth: written again
     report(11);  // still remembered
     EXPECT_EQ(log.Lines().size(), 13u);
 }
 
-TEST(FormatError, HandlerInTheSlotReceivesEveryReportInstead) {
+TEST(FormatError, HandlerInTheSlotReplacesTheLog) {
     pind::test::EngineLogCapture log;
-    static std::vector<int> s_codes;
-    s_codes.clear();
-    g_pfnFormatErrorHandler = [](int nCode, const char*, const char*, int) {
-        s_codes.push_back(nCode);
-        return 0;
-    };
-    CStringFormatter f("%d|slot", "Slot.cpp", 1);
-    f.GetResult();
-    f.GetResult();
-    g_pfnFormatErrorHandler = nullptr;
-    EXPECT_EQ(s_codes, (std::vector<int>{2002, 2002}));
+    pind::test::RecordedReports reports;
+    CStringFormatter("%d|slot", "Slot.cpp", 1).GetResult();
+    EXPECT_EQ(reports.Lines(), std::vector<std::string>{"2002 not enough arguments"});
     EXPECT_TRUE(log.Lines().empty());
 }
 

@@ -36,7 +36,6 @@ public:
         }
         return lines;
     }
-    void Clear() { Log().clear(); }
 
 private:
     static std::vector<FormatReport>& Log() {
