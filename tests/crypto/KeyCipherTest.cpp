@@ -57,15 +57,13 @@ protected:
 };
 
 TEST_F(KeyCipherTest, WritesHeaderKeyBlockAndOneRecordPerKeptLine) {
-    const std::string ab = "ab", k = "k", k127(127, 'k'), x2100(2100, 'x');
+    const std::string ab = "ab", k127(127, 'k'), x2100(2100, 'x');
     const std::string cases[][3] = {
         // source, key, file
         {"", "key", Header("key")},
         {"[s]\r\nk=v\n;c\n\n//x\n\r\n#h\na\nab\r\n\r", ab,
          Header(ab) + Record("[s]", ab) + Record("k=v", ab) + Record("#h", ab) + Record("a", ab) +
              Record("ab", ab) + Record("\r", ab)},
-        {"[s]\nkey=value\n", k, Header(k) + Record("[s]", k) + Record("key=value", k)},
-        {"[s]\r\nkey=value\r\n", k, Header(k) + Record("[s]", k) + Record("key=value", k)},
         {"[s]\n", k127, Header(k127) + Record("[s]", k127)},
         // Lines longer than the line buffer are split into 2047-byte records.
         {"k=" + x2100 + "\n", "q",
@@ -75,7 +73,6 @@ TEST_F(KeyCipherTest, WritesHeaderKeyBlockAndOneRecordPerKeptLine) {
         ASSERT_TRUE(Encrypt(source, key)) << source;
         EXPECT_EQ(m_dir.Read("dst.sini"), want) << source;
     }
-    EXPECT_EQ(Header("key").size(), 135u);
     EXPECT_TRUE(g_errors.empty());
 }
 
