@@ -1,5 +1,5 @@
-// The least-squares fit's own rules: the constant fit, and the checks that refuse a fit. Fitted
-// values are checked against an exact solve in ReferenceTest.cpp.
+// The checks that refuse a least-squares fit. Fitted values, the constant fit included, are
+// checked against an exact solve in ReferenceTest.cpp.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,17 +12,6 @@ namespace {
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-TEST(Least, OneTermIsTheWeightedMeanEverywhere) {
-    const double x[] = {0, 1, 2, 2}, f[] = {1, 2, 4, 8}, w[] = {1, 1, 2, 4};
-    double b = 9, c = 9, d = 9;
-    least_set(4, x, f, w, 1, &b, &c, &d);
-    const double mean = (1 + 2 + 8 + 32) / 8.0;
-    for (double at : {-1e6, 0.0, 1e6}) {
-        EXPECT_DOUBLE_EQ(least_val(1, &b, &c, &d, at), mean) << at;
-    }
-    EXPECT_EQ(least_val(0, nullptr, nullptr, nullptr, 1.0), 0.0);
-}
 
 struct RefusedCase {
     const char* name;
