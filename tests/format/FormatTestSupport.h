@@ -12,42 +12,36 @@ namespace pind::test {
 
 struct FormatReport {
     int nCode;
-    std::string strMessage;
-    std::string strFile;
+    std::string strMessage, strFile;
     int nLine;
 };
 
 class RecordedReports {
 public:
     RecordedReports() : m_previous(g_pfnFormatErrorHandler) {
-        Log().clear();
-        g_pfnFormatErrorHandler = Record;
+        All().clear();
+        g_pfnFormatErrorHandler = [](int nCode, const char* pszMessage, const char* pszFile,
+                                     int nLine) {
+            All().push_back({nCode, pszMessage != nullptr ? pszMessage : "<null>",
+                             pszFile != nullptr ? pszFile : "<null>", nLine});
+            return 0;
+        };
     }
     ~RecordedReports() { g_pfnFormatErrorHandler = m_previous; }
-    RecordedReports(const RecordedReports&) = delete;
-    RecordedReports& operator=(const RecordedReports&) = delete;
 
-    const std::vector<FormatReport>& All() const { return Log(); }
+    static std::vector<FormatReport>& All() {
+        static std::vector<FormatReport> s_log;
+        return s_log;
+    }
     /// "code message" per report, oldest first.
     std::vector<std::string> Lines() const {
         std::vector<std::string> lines;
-        for (const FormatReport& r : Log()) {
+        for (const FormatReport& r : All())
             lines.push_back(std::to_string(r.nCode) + " " + r.strMessage);
-        }
         return lines;
     }
 
 private:
-    static std::vector<FormatReport>& Log() {
-        static std::vector<FormatReport> s_log;
-        return s_log;
-    }
-    static int Record(int nCode, const char* pszMessage, const char* pszFile, int nLine) {
-        Log().push_back({nCode, pszMessage != nullptr ? pszMessage : "<null>",
-                         pszFile != nullptr ? pszFile : "<null>", nLine});
-        return 0;
-    }
-
     FormatErrorHandler m_previous;
 };
 

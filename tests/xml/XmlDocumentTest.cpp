@@ -27,8 +27,9 @@ std::string Dump(const Node* node) {
     out += separator == "," ? "]" : "";
     out += node->GetText().empty() ? "" : "\"" + node->GetText() + "\"";
     separator = "(";
-    for (const Node* child : node->GetChildren())
+    for (const Node* child : node->GetChildren()) {
         out += std::exchange(separator, ",") + Dump(child);
+    }
     return separator == "," ? out + ")" : out;
 }
 
