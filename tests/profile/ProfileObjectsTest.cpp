@@ -61,9 +61,7 @@ TEST_F(ProfileObjects, HeapReportHasOneLinePerHeapAndTotals) {
     m_dir.Write("profile/.keep", "");
     PrintHeapInfo();
     std::string text = Lf(m_dir.Read("profile/PrintHeapInfo.txt"));
-    if (text.empty()) {
-        text = Lf(m_dir.Read("profile\\PrintHeapInfo.txt"));
-    }
+    if (text.empty()) text = Lf(m_dir.Read("profile\\PrintHeapInfo.txt"));
     EXPECT_EQ(text.rfind("\n\n==========PrintHeapInfo[2024-5-7 28:30:0]=============\n", 0), 0u)
         << text;
     EXPECT_NE(text.find("[ 0]HeapAddress: "), std::string::npos);

@@ -249,7 +249,6 @@ TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
     SyncAt(kTue, 0);
     const int hours[] = {4, 20, 4, 12};
     for (int32_t mode = 0; mode < 4; ++mode) {
-        ASSERT_NE(ServerTmForZone(mode), nullptr);
         EXPECT_EQ(ServerTmForZone(mode)->tm_hour, hours[mode]) << mode;
     }
 }
