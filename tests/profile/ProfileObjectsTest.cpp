@@ -55,19 +55,6 @@ TEST_F(ProfileObjects, ReportsGoNowhereWithoutTheirFolder) {
     EXPECT_EQ(Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt")), "");
 }
 
-TEST_F(ProfileObjects, HeapReportHasOneLinePerHeapAndTotals) {
-    m_clock.SetUnixTimeMs(1715113800000);
-    // On Windows the backslash is a separator; elsewhere it is part of the file's name.
-    m_dir.Write("profile/.keep", "");
-    PrintHeapInfo();
-    std::string text = Lf(m_dir.Read("profile/PrintHeapInfo.txt"));
-    if (text.empty()) text = Lf(m_dir.Read("profile\\PrintHeapInfo.txt"));
-    EXPECT_EQ(text.rfind("\n\n==========PrintHeapInfo[2024-5-7 28:30:0]=============\n", 0), 0u)
-        << text;
-    EXPECT_NE(text.find("[ 0]HeapAddress: "), std::string::npos);
-    EXPECT_NE(text.find("\nHeapUseInfo Total: "), std::string::npos);
-}
-
 struct HeapCase {
     const char* what;
     std::vector<platform::HeapEntry> entries;

@@ -2,7 +2,6 @@
 // the date texts built on them.
 #include <gtest/gtest.h>
 
-
 #include "pind/time/PindTime.h"
 #include "pind/time/TimeText.h"
 #include "support/FakeClock.h"
