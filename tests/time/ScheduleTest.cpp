@@ -90,7 +90,6 @@ TEST_F(ScheduleTest, ChecksAndConversionsFollowTheServerWallClockInEveryZone) {
                 EXPECT_EQ(PackedToServerTime(packed14 - 20000000000000), now);
                 EXPECT_EQ(YYMMDDhhmmToServerTime(NowPackedYYMMDDhhmm()), now - w.second);
                 EXPECT_EQ(SecondsUntil(w.year, w.month, w.day + 1, 0, 0, 0), kDay - sod);
-                EXPECT_EQ(SecondsUntilPacked(w.Packed12()), -w.second);
                 // Since and Until share one difference; one of each, minutes and days.
                 EXPECT_EQ(DaysSince(w.year, w.month, w.day + 1), sod == 0 ? -1 : 0);  // toward zero
                 EXPECT_EQ(MinutesUntil(w.year, w.month, w.day, w.hour + 1, 0),
@@ -189,7 +188,6 @@ TEST_F(ScheduleTest, WeekdayShiftsUseTheMachinesDay) {
     } cases[] = {{"UTC0", kTue, 1, -2 * kDay, 5 * kDay},
                  {"CST-8", kTue, 7, 4 * kDay, 5 * kDay},
                  {"EST5EDT", kTue, 1, -kDay, 6 * kDay},  // still Monday there
-                 {"NST+3:30", kTue - 3600, 2, 0, kDay},  // still Monday there
                  {kCet, sunday, 7, 6 * kDay, 6 * kDay},  // Sunday to "Sunday" is a Saturday
                  {"UTC0", kTue, 0, -kTue, -kTue},
                  {"UTC0", kTue, 8, -kTue, -kTue},
