@@ -92,23 +92,6 @@ TEST(BigInt, Int128MatchesBitset) {
     }
 }
 
-// Signed order of both halves is left to the random test, whose sparse words set top bits often.
-TEST(BigInt, ConstructorsPlaceWords) {
-    EXPECT_EQ(Int128(0x01020304u, 0x05060708u, 0x090A0B0Cu, 0x0D0E0F10u),
-              Int128(uint64_t{0x0102030405060708}, uint64_t{0x090A0B0C0D0E0F10}));
-    EXPECT_EQ(Int128(int64_t{-2}), Int128(uint64_t{0}, UINT64_MAX - 1));
-    Int128 v(uint64_t{9}, uint64_t{9});
-    EXPECT_TRUE((v = int32_t{-3}) == -3 && (v = uint64_t{7}) == uint64_t{7});
-    const uint32_t eight[16] = {1, 1, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8, 0};
-    EXPECT_EQ(Int512(8, 7, 6, 5, 4, 3, 2, 0x100000001u), Int512(eight, 16));
-    const Int128 hi(uint64_t{0xA}, uint64_t{0xB}), lo(uint64_t{0xC}, uint64_t{0xD});
-    const uint32_t two[16] = {0xD, 0, 0xC, 0, 0xB, 0, 0xA, 0, 0xD, 0, 0xC, 0, 0xB, 0, 0xA, 0};
-    EXPECT_EQ(Int512(hi, lo, hi, lo), Int512(two, 16));
-    const uint32_t many[20] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
-    EXPECT_EQ(Int512(many, 20).words[15], 16u);  // extra words are ignored
-    EXPECT_TRUE(Int512(nullptr, 5) == 0u);
-}
-
 TEST(BigInt, FromBitIndexSetsOneBitCountedFromOne) {
     for (int32_t n = -1; n <= 513; ++n) {
         const Bits want = n >= 1 && n <= 512 ? Bits().set(n - 1) : Bits();

@@ -22,15 +22,6 @@ TEST(Parabola, ReproducesQuadraticsAndAssertsOnRepeatedAbscissas) {
     EXPECT_EQ(debug.texts[0].rfind("ASSERT(false) in ", 0), 0u) << debug.texts[0];
 }
 
-TEST(Bezier, PointsAndTangentsFollowTheControlPoints) {
-    const Vec3f p0{0, 0, 0}, p1{1, 2, 0}, p2{3, 2, 1}, p3{4, 0, 2};
-    EXPECT_EQ(BezierPoint(p0, p1, p2, p3, 1.0f).x, 4.0f);
-    EXPECT_FLOAT_EQ(BezierPoint(p0, p1, p2, p3, 0.5f).x, (3 * 1 + 3 * 3 + 4) / 8.0f);
-    const Vec3f t0 = BezierTangent(p0, p1, p2, p3, 0.0f), t1 = BezierTangent(p0, p1, p2, p3, 1.0f);
-    EXPECT_EQ(t0.y, 6.0f);  // 3 (p1 - p0)
-    EXPECT_EQ(t1.z, 3.0f);  // 3 (p3 - p2)
-}
-
 // A polyline of 2^18 chords (de Casteljau, in double) falls short of the length by far less than
 // the 1e-6 asked.
 double PolylineLength(const Vec3f p[4]) {

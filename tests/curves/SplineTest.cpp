@@ -76,7 +76,6 @@ INSTANTIATE_TEST_SUITE_P(
     Fatal, PchipExit,
     testing::Values(ExitCase{"set_one", false, 1, {3}, -1, kTooFew},
                     ExitCase{"set_equal", false, 3, {0, 1, 1}, -3, kNotIncreasing},
-                    ExitCase{"val_one", true, 1, {3}, -1, kTooFew},
                     ExitCase{"val_late_drop", true, 4, {0, 1, 2, -1}, -3, kNotIncreasing}),
     [](const testing::TestParamInfo<ExitCase>& p) { return p.param.name; });
 

@@ -43,21 +43,6 @@ TEST_F(ProfilerFixture, ReadsFrameRateSectionOnce) {
     }
 }
 
-TEST_F(ProfilerFixture, NothingRunsWhenNotAllowedOrSuspended) {
-    Enable();
-    KeysDown() = {kCtrl, kNum7};
-    TimedScope(m_clock, "Work", 5);
-
-    m_client.profileAllowed = false;
-    EXPECT_EQ(Frame(), 0);
-    m_client.profileAllowed = true;
-    SetProfileSuspended(true);
-    EXPECT_EQ(Frame(), 0);
-    EXPECT_TRUE(m_client.rects.empty() && m_client.createdDirs.empty());
-    SetProfileSuspended(false);
-    EXPECT_EQ(Frame(), 1);
-}
-
 TEST_F(ProfilerFixture, DrawsRowsWithShadowSkippingTinyAverages) {
     Enable();
     TimedScope(m_clock, "Tiny", 0);  // average 0: no row
