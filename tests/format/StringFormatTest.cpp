@@ -7,8 +7,6 @@
 #include <cctype>
 #include <climits>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -140,33 +138,6 @@ TEST(StringFormat, CopiesAreDeep) {
     EXPECT_EQ(a.AddArg("a").GetResult() + b.GetResult() + c.GetResult(), "1-a1-b1-b");
     CStringFormatter d(a);  // copies the built text too
     EXPECT_EQ(d.AddArg(9).GetResult(), "1-a");
-}
-
-template <typename T>
-void ExpectLikeSnprintf(const char* format, T value) {
-    char want[64];
-    std::snprintf(want, sizeof want, format, value);
-    CStringFormatter f(format, "StringFormatTest", 1);
-    EXPECT_EQ(f.AddArg(value).GetResult(), want) << format << " " << value;
-}
-
-// Where C's printf and the formatter agree, they give the same bytes.
-TEST(StringFormat, AgreesWithSnprintfOnCommonGround) {
-    const char* intFormats[] = {"%d", "%5d", "%-5d|",  "%05d", "%+d", "% d", "%8.3d", "%u",
-                                "%X", "%#x", "%-#8X|", "%i",   "%hd", "%hu", "%c",    "%-3c|"};
-    for (const char* format : intFormats) {
-        for (int value : {0, 1, 7, 65, -1, -42, 255, 70000, INT32_MAX, INT32_MIN}) {
-            const bool nulChar =
-                std::strchr(format, 'c') != nullptr && value <= 0;  // ends C's text
-            // Zero with '#' or '+' is one of the table's differences.
-            if (!nulChar && !(value == 0 && std::strpbrk(format, "#+") != nullptr)) {
-                ExpectLikeSnprintf(format, value);
-            }
-        }
-    }
-    for (const char* format : {"%s", "%8s", "%-8s|", "%.2s", "%8.2s", "%.0s"}) {
-        for (const char* text : {"", "a", "hello", "hello world"}) ExpectLikeSnprintf(format, text);
-    }
 }
 
 // Floating conversions equal a string stream set up from the same flags, width and precision.

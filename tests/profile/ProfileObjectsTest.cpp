@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "pind/profile/ProfileObjects.h"
@@ -55,38 +54,24 @@ TEST_F(ProfileObjects, ReportsGoNowhereWithoutTheirFolder) {
     EXPECT_EQ(Lf(m_dir.Read("Profile/PrintfProfileObjectCountInfo.txt")), "");
 }
 
-struct HeapCase {
-    const char* what;
-    std::vector<platform::HeapEntry> entries;
-    HeapTotals want;
-};
-
 platform::HeapEntry Entry(uintptr_t data, uint32_t size, uint16_t flags, uintptr_t first = 0) {
     return platform::HeapEntry{data, size, 0, 0, flags, 0, 0, first, 0};
 }
 
 TEST(HeapSums, AddEachKindOfEntryAsTheReportDoes) {
     const uintptr_t base = 0x10000;
-    auto* heap = reinterpret_cast<platform::HeapHandle>(base);
-    const uint16_t busy = platform::kHeapEntryBusy;
-    const uint16_t region = platform::kHeapEntryRegion;
-    const uint16_t uncommitted = platform::kHeapEntryUncommitted;
-    const HeapCase cases[] = {
-        {"empty walk", {}, {0, 0, 0}},
-        {"busy spans to the next entry",
-         {Entry(base, 0, region, base + 0x400), Entry(base + 0x400, 16, busy),
-          Entry(base + 0x500, 64, 0)},
-         {0x400 + 0x100 + 64, 0x400 + 0x100 + 64, 0}},
-        {"uncommitted range",
-         {Entry(base, 0, region, base + 0x400), Entry(base + 0x8000, 0x2000, uncommitted)},
-         {0x400 + 0x2000, 0x400, 0x2000}},
+    const auto sums = [](const std::vector<platform::HeapEntry>& entries) {
+        const HeapTotals t = SumHeapEntries(reinterpret_cast<platform::HeapHandle>(base), entries);
+        return std::vector<int64_t>{t.nTotal, t.nCommitted, t.nUncommitted};
     };
-    for (const HeapCase& c : cases) {
-        const HeapTotals got = SumHeapEntries(heap, c.entries);
-        EXPECT_EQ(std::make_tuple(got.nTotal, got.nCommitted, got.nUncommitted),
-                  std::make_tuple(c.want.nTotal, c.want.nCommitted, c.want.nUncommitted))
-            << c.what;
-    }
+    const platform::HeapEntry header = Entry(base, 0, platform::kHeapEntryRegion, base + 0x400);
+    EXPECT_EQ(sums({}), (std::vector<int64_t>{0, 0, 0}));
+    // A busy block spans to the next entry; the last entry adds its own size.
+    EXPECT_EQ(sums({header, Entry(base + 0x400, 16, platform::kHeapEntryBusy),
+                    Entry(base + 0x500, 64, 0)}),
+              (std::vector<int64_t>{0x400 + 0x100 + 64, 0x400 + 0x100 + 64, 0}));
+    EXPECT_EQ(sums({header, Entry(base + 0x8000, 0x2000, platform::kHeapEntryUncommitted)}),
+              (std::vector<int64_t>{0x400 + 0x2000, 0x400, 0x2000}));
 }
 
 }  // namespace

@@ -11,7 +11,6 @@ namespace {
 TEST(TinyXml, ClassesBuildPrintAndParseThroughTheLibrary) {
     TiXmlDocument doc;
     doc.LinkEndChild(new TiXmlDeclaration("1.0", "UTF-8", ""));
-    doc.LinkEndChild(new TiXmlComment("settings"));
     auto* root = new TiXmlElement("config");
     root->SetAttribute("version", 3);
     root->LinkEndChild(new TiXmlText("a < b"));
@@ -24,8 +23,6 @@ TEST(TinyXml, ClassesBuildPrintAndParseThroughTheLibrary) {
     ASSERT_FALSE(parsed.Error()) << parsed.ErrorDesc();
     EXPECT_EQ(parsed.RootElement()->FirstAttribute()->IntValue(), 3);
     EXPECT_STREQ(parsed.RootElement()->GetText(), "a < b");
-    EXPECT_NE(parsed.FirstChild()->ToDeclaration(), nullptr);
-    EXPECT_NE(parsed.FirstChild()->NextSibling()->ToComment(), nullptr);
     EXPECT_NE(parsed.LastChild()->ToUnknown(), nullptr);
 }
 
