@@ -57,43 +57,31 @@ TEST_F(ProfilerFixture, DrawsRowsWithShadowSkippingTinyAverages) {
     EXPECT_EQ(m_client.texts, (Lines{"22 700 000000 " + row, "23 701 ffff00 " + row}));
 }
 
-TEST_F(ProfilerFixture, CtrlArrowsMoveTwelvePixelsEveryFrame) {
-    const struct {
-        std::set<int> keys;
-        int x, y;
-    } cases[] = {{{kCtrl, kLeft}, -24, 0},
-                 {{kCtrl, kUp}, 0, -24},
-                 {{kCtrl, kUp, kDown, kRight}, 24, 0},
-                 {{kLeft}, 0, 0}};
-    for (const auto& c : cases) {
-        ProfileRestart();
-        Enable();
-        KeysDown() = c.keys;
-        Frame();
-        Frame();  // no rate limit on moves
-        const ProfileOverlayState s = ProfileGetOverlayState();
-        EXPECT_EQ(s.nX * 1000 + s.nY, c.x * 1000 + c.y) << c.x << "," << c.y;
-    }
-}
-
-TEST_F(ProfilerFixture, FirstHotKeyInOrderActsAtMostOnceEvery501Ms) {
-    Enable(0);
+// Ctrl+arrows move the overlay 12 pixels on every frame, with no rate limit and beside hot keys.
+TEST_F(ProfilerFixture, HotKeysActAtMostOnceEvery501MsAndArrowsMoveEveryFrame) {
+    Enable();  // the overlay shown: moves apply only then
     const struct {
         std::set<int> keys;
         int64_t ms;  // since the previous frame
-        int mode, selection;
-    } steps[] = {{{kCtrl, kNum4, kNum6}, 0, 1, -1},  // 4 comes before 6
-                 {{kCtrl, kNum6}, 600, 1, 0},        {{kCtrl, kNum6, kNum5}, 600, 1, 1},
-                 {{kCtrl, kNum5, kNum2}, 600, 1, 0}, {{kCtrl, kNum2}, 600, 2, 0},
-                 {{kCtrl, kNum1, kNum2}, 600, 1, 0}, {{kNum2}, 600, 1, 0},  // no Ctrl
-                 {{kCtrl, kNum6}, 600, 1, 1},        {{kCtrl, kNum6}, 500, 1, 1},
-                 {{kCtrl, kNum6}, 1, 1, 2}};  // 501 ms after the last accepted one
+        int mode, selection, x, y;
+    } steps[] = {{{kCtrl, kNum4, kNum6}, 0, 1, -1, 0, 0},  // 4 comes before 6
+                 {{kCtrl, kNum6, kLeft}, 600, 1, 0, -12, 0},
+                 {{kCtrl, kNum6, kNum5, kLeft, kRight}, 600, 1, 1, -24, 0},
+                 {{kCtrl, kNum5, kNum2, kUp}, 600, 1, 0, -24, -12},
+                 {{kCtrl, kNum2, kUp, kDown, kRight}, 600, 2, 0, -12, -12},
+                 {{kCtrl, kNum1, kNum2}, 600, 1, 0, -12, -12},
+                 {{kNum2, kLeft}, 600, 1, 0, -12, -12},  // no Ctrl
+                 {{kCtrl, kNum6}, 600, 1, 1, -12, -12},
+                 {{kCtrl, kNum6, kDown}, 500, 1, 1, -12, 0},
+                 {{kCtrl, kNum6}, 1, 1, 2, -12, 0}};  // 501 ms after the last accepted one
     int step = 0;
     for (const auto& s : steps) {
         KeysDown() = s.keys;
         Frame(s.ms);
-        EXPECT_EQ(ProfileGetOverlayState().nMode, s.mode) << step;
-        EXPECT_EQ(ProfileGetOverlayState().nSelection, s.selection) << step++;
+        const ProfileOverlayState state = ProfileGetOverlayState();
+        EXPECT_EQ(std::vector<int>({state.nMode, state.nSelection, state.nX, state.nY}),
+                  std::vector<int>({s.mode, s.selection, s.x, s.y}))
+            << step++;
     }
 }
 
