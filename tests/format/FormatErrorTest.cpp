@@ -12,24 +12,20 @@
 
 namespace {
 
-TEST(FormatError, DefaultHandlerWritesOneExactLine) {
+TEST(FormatError, DefaultHandlerWritesOneExactLineWithStandIns) {
     pind::test::EngineLogCapture log;
     g_nErrorStrId = 77;
     CStringFormatter f("%d|first", "Hud.cpp", 12);
     EXPECT_EQ(f.GetResult(), "");
     g_nErrorStrId = 0;
-    EXPECT_EQ(log.Lines(), std::vector<std::string>{
-                               "StringFormat error.format string:%d|first, message: not enough "
-                               "arguments, g_nErrorStrId=77,at file: Hud.cpp, line: 12"});
-}
-
-TEST(FormatError, NullMessageAndFileStandIn) {
-    pind::test::EngineLogCapture log;
-    CStringFormatter f("null-site", nullptr, 3);
+    CStringFormatter g("null-site", nullptr, 3);
     ReportFormatError(2001, nullptr);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>{
-                               "StringFormat error.format string:null-site, message: (empty), "
-                               "g_nErrorStrId=0,at file: (unknown), line: 3"});
+    EXPECT_EQ(log.Lines(),
+              (std::vector<std::string>{
+                  "StringFormat error.format string:%d|first, message: not enough arguments, "
+                  "g_nErrorStrId=77,at file: Hud.cpp, line: 12",
+                  "StringFormat error.format string:null-site, message: (empty), g_nErrorStrId=0,"
+                  "at file: (unknown), line: 3"}));
 }
 
 TEST(FormatError, RepeatsAreWrittenOnceAndOnlyTheLastElevenAreRemembered) {

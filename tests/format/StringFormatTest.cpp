@@ -198,8 +198,7 @@ TEST(StringFormat, CheckFormatArgsTakesSlotsByConversion) {
     int target = 0;
     EXPECT_TRUE(CheckArgs("%d %i %u %x %c %s %p %n %f %lld %I64u", 1, 2, 3u, 4, 'c', "s",
                           static_cast<void*>(&target), &target, 1.5, 5LL, 6ULL));
-    EXPECT_TRUE(CheckArgs(nullptr));
-    EXPECT_TRUE(reports.Lines().empty());
+    EXPECT_TRUE(CheckArgs(nullptr) && reports.Lines().empty());
     const bool parsed[] = {CheckArgs("%5I64d", 5), CheckArgs("%*d", 5, 6),
                            CheckArgs("%ls", L"wide"), CheckArgs("%.*f", 1.5)};
     for (bool p : parsed) EXPECT_TRUE(p);  // the format parsed, whatever was found

