@@ -25,18 +25,15 @@ std::string Int32Bytes(int32_t n) {
 // The file's 135-byte header for `key`.
 std::string Header(const std::string& key) {
     std::string block(128, '\0');
-    for (size_t i = 0; i < key.size(); ++i) {
-        block[i] = static_cast<char>(key[i] ^ static_cast<char>(7 + i));
-    }
+    for (size_t i = 0; i < key.size(); ++i) block[i] = static_cast<char>(key[i] ^ (7 + i));
     return std::string("\xff\xff\x00", 3) + Int32Bytes(128) + block;
 }
 
 // One record: the line's length, then the line xored with the cycled key.
 std::string Record(std::string text, const std::string& key) {
     const std::string length = Int32Bytes(static_cast<int32_t>(text.size()));
-    for (size_t i = 0; i < text.size(); ++i) {
+    for (size_t i = 0; i < text.size(); ++i)
         text[i] = static_cast<char>(text[i] ^ key[i % key.size()]);
-    }
     return length + text;
 }
 

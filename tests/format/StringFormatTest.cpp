@@ -113,19 +113,6 @@ TEST(StringFormat, BadIndexInvalidatesAndLaterResultsAreSilentlyEmpty) {
               (std::vector<std::string>{"3000 GetFormatType error", "3000 GetFormatType error"}));
 }
 
-TEST(StringFormat, FailedResultIsRetriedAndReportedAgainWhileLateArgsAfterSuccessAreIgnored) {
-    pind::test::RecordedReports reports;
-    CStringFormatter f("%d%d", "here.cpp", 42);
-    f.AddArg(1);
-    EXPECT_EQ(f.GetResult(), "");
-    EXPECT_EQ(f.GetResult(), "");
-    ASSERT_EQ(reports.All().size(), 2u);
-    EXPECT_EQ(reports.All()[1].strFile + ":" + std::to_string(reports.All()[1].nLine),
-              "here.cpp:42");
-    EXPECT_EQ(f.AddArg(2).GetResult(), "12");
-    EXPECT_EQ(f.AddArg(3).GetResult(), "12");  // late arguments after a success are ignored
-}
-
 TEST(StringFormat, CopiesAreDeep) {
     CStringFormatter a("%d-%s", "StringFormatTest", 1);
     a.AddArg(1);

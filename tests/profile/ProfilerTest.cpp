@@ -114,21 +114,6 @@ TEST_F(ProfilerFixture, UnwritableReportStillFlagsTheRequest) {
     ProfileFrame(nullptr);  // a null flag is allowed
 }
 
-TEST_F(ProfilerFixture, ModeTwoDrawsClassificationShares) {
-    Enable();
-    TimedScope(m_clock, "Frame", 10);
-    ProfileAddClassifyTime(3, 2.5f);
-    ProfileAddClassifyTime(3, 2.5f);
-    KeysDown() = {kCtrl, kNum2};
-    Frame(0);  // draws mode 1, then switches
-    KeysDown().clear();
-    m_client.ClearDrawing();
-    Frame(0);
-    EXPECT_EQ(m_client.texts,
-              std::vector<std::string>{"420 400 ffff00 ClassifyTime[3] = 5.00 (50.0%)"});
-    EXPECT_EQ(m_client.rects.at(0).rfind("10 400 ", 0), 0u);
-}
-
 TEST_F(ProfilerFixture, SlowFrameWritesProcessTimesWhenLogging) {
     for (const int log : {0, 1}) {
         ProfileRestart();
