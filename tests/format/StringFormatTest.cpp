@@ -1,6 +1,7 @@
-// The checked formatter: parsing, every conversion, the reports, copies and the va-list checker.
-// Floating conversions are compared with a real string stream; where C's printf agrees with the
-// formatter the two are compared too, and the known differences are pinned.
+// The checked formatter: parsing, every conversion, the reports, copies, the va-list checker and
+// the default report handler's exact engine-log line and memory of the last 11 reports.
+// Floating conversions are compared with a real string stream; the table's rows pin where C's
+// printf differs on purpose.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,10 +15,47 @@
 #include <variant>
 #include <vector>
 
-#include "format/FormatTestSupport.h"
+#include "pind/format/FormatError.h"
 #include "pind/format/StringFormat.h"
+#include "support/EngineLogCapture.h"
 
 namespace {
+
+// Records every formatter report while it lives by filling the handler slot.
+struct FormatReport {
+    int nCode;
+    std::string strMessage, strFile;
+    int nLine;
+};
+
+class RecordedReports {
+public:
+    RecordedReports() : m_previous(g_pfnFormatErrorHandler) {
+        All().clear();
+        g_pfnFormatErrorHandler = [](int nCode, const char* pszMessage, const char* pszFile,
+                                     int nLine) {
+            All().push_back({nCode, pszMessage != nullptr ? pszMessage : "<null>",
+                             pszFile != nullptr ? pszFile : "<null>", nLine});
+            return 0;
+        };
+    }
+    ~RecordedReports() { g_pfnFormatErrorHandler = m_previous; }
+
+    static std::vector<FormatReport>& All() {
+        static std::vector<FormatReport> s_log;
+        return s_log;
+    }
+    /// "code message" per report, oldest first.
+    std::vector<std::string> Lines() const {
+        std::vector<std::string> lines;
+        for (const FormatReport& r : All())
+            lines.push_back(std::to_string(r.nCode) + " " + r.strMessage);
+        return lines;
+    }
+
+private:
+    FormatErrorHandler m_previous;
+};
 
 using Arg = std::variant<int, unsigned, long long, unsigned long long, float, double, long double,
                          const char*, const void*, int*, std::nullptr_t>;
@@ -85,7 +123,7 @@ class StringFormatCases : public ::testing::TestWithParam<Case> {};
 
 TEST_P(StringFormatCases, GivesTextAndReports) {
     const Case& c = GetParam();
-    pind::test::RecordedReports reports;
+    RecordedReports reports;
     CStringFormatter f(c.pszFormat, "StringFormatTest", 7);
     for (const Arg& arg : c.args) std::visit([&f](auto value) { f.AddArg(value); }, arg);
     EXPECT_EQ(f.GetResult(), c.strWant);
@@ -102,7 +140,7 @@ TEST(StringFormat, CountTargetGetsTheTextLengthSoFarAndANullOneIsSkipped) {
 }
 
 TEST(StringFormat, BadIndexInvalidatesAndLaterResultsAreSilentlyEmpty) {
-    pind::test::RecordedReports reports;
+    RecordedReports reports;
     CStringFormatter f("%d", "StringFormatTest", 1);
     f.AddArg(1);
     ASSERT_EQ(f.GetFormatCount(), 1);
@@ -181,7 +219,7 @@ bool CheckArgs(const char* pszFormat, ...) {
 }
 
 TEST(StringFormat, CheckFormatArgsTakesSlotsByConversion) {
-    pind::test::RecordedReports reports;
+    RecordedReports reports;
     int target = 0;
     EXPECT_TRUE(CheckArgs("%d %i %u %x %c %s %p %n %f %lld %I64u", 1, 2, 3u, 4, 'c', "s",
                           static_cast<void*>(&target), &target, 1.5, 5LL, 6ULL));
@@ -193,9 +231,52 @@ TEST(StringFormat, CheckFormatArgsTakesSlotsByConversion) {
               (std::vector<std::string>{kType + "a 64-bit integer", "2002 not enough arguments",
                                         "2003 wide-char string not supported yet",
                                         kType + "an integer"}));
-    for (const pind::test::FormatReport& r : reports.All()) {
+    for (const FormatReport& r : reports.All()) {
         EXPECT_EQ(r.strFile + ":" + std::to_string(r.nLine), "StringFormat:1938");
     }
+}
+
+// The default handler keeps its key list for the whole process, so each test uses texts of its own.
+TEST(FormatError, DefaultHandlerWritesOneExactLineWithStandIns) {
+    pind::test::EngineLogCapture log;
+    g_nErrorStrId = 77;
+    CStringFormatter f("%d|first", "Hud.cpp", 12);
+    EXPECT_EQ(f.GetResult(), "");
+    g_nErrorStrId = 0;
+    CStringFormatter g("null-site", nullptr, 3);
+    ReportFormatError(2001, nullptr);
+    EXPECT_EQ(log.Lines(),
+              (std::vector<std::string>{
+                  "StringFormat error.format string:%d|first, message: not enough arguments, "
+                  "g_nErrorStrId=77,at file: Hud.cpp, line: 12",
+                  "StringFormat error.format string:null-site, message: (empty), g_nErrorStrId=0,"
+                  "at file: (unknown), line: 3"}));
+}
+
+TEST(FormatError, RepeatsAreWrittenOnceAndOnlyTheLastElevenAreRemembered) {
+    pind::test::EngineLogCapture log;
+    CStringFormatter f("%s|repeat", "Repeat.cpp", 1);
+    for (int i = 0; i < 3; ++i) f.GetResult();
+    CStringFormatter("%s|repeat", "Repeat.cpp", 2).GetResult();  // differs only in the line
+    ReportFormatError(3000, "not enough arguments");             // nor is the code in the key
+    EXPECT_EQ(log.Lines().size(), 1u);
+    auto report = [](int n) {
+        const std::string format = "eleven-" + std::to_string(n);
+        CStringFormatter g(format.c_str(), "Eleven.cpp", n);
+        ReportFormatError(2001, "x");
+    };
+    for (int n = 0; n < 12; ++n) report(n);
+    report(0);   // pushed out by the twelfth: written again
+    report(11);  // still remembered
+    EXPECT_EQ(log.Lines().size(), 14u);
+}
+
+TEST(FormatError, HandlerInTheSlotReplacesTheLog) {
+    pind::test::EngineLogCapture log;
+    RecordedReports reports;
+    CStringFormatter("%d|slot", "Slot.cpp", 1).GetResult();
+    EXPECT_EQ(reports.Lines(), std::vector<std::string>{"2002 not enough arguments"});
+    EXPECT_TRUE(log.Lines().empty());
 }
 
 }  // namespace

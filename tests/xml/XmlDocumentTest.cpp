@@ -74,7 +74,6 @@ const LoadCase kLoadCases[] = {
     {"CrLfAndEmptyLines", "\r\n<a>\r\n\n<b/>\r\n</a>\r\n", kOk, 3, 4, "a(b)"},
     {"LastTextRunKept", "<a>one<b/>two</a>", kOk, 1, 17, "a\"two\"(b)"},
     {"BlankRunIgnored", "<a>one<b/> \t </a>", kOk, 1, 17, "a\"one\"(b)"},
-    {"LinesJoinedInText", "<a>\n  x\n</a>", kOk, 3, 4, "a\"  x\""},
     {"Entities", "<a k=\"&lt;&amp;&gt;&apos;&quot;\">&amp;x</a>", kOk, 1, 43, "a[k=<&>'\"]\"&x\""},
     {"QuotedGtInValue", "<a k=\"x>y\" j='v'/>", kOk, 1, 18, "a[k=x>y,j=v]"},
     {"ValueTrimmedNoSpaceNeeded", "<a k= \" v \" j=\"2\"m=\"3\" />", kOk, 1, 25,
