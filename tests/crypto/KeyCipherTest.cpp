@@ -84,7 +84,8 @@ TEST_F(KeyCipherTest, KeyMustBeShorterThan128Bytes) {
                                                           "128\xce\xbb!"});
     CMyCrypto fresh;  // no call got past the check yet: no source in the prefix
     fresh.SetErrorCallback(RecordError);
-    EXPECT_FALSE(fresh.EncryptFile(source.c_str(), "x", std::string(200, 'k').c_str()));
+    EXPECT_FALSE(
+        fresh.EncryptFile(source.c_str(), m_dir.File("x").c_str(), std::string(200, 'k').c_str()));
     EXPECT_EQ(g_errors.back().substr(0, 3), ": \xbc");
 }
 

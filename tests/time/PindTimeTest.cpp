@@ -275,9 +275,7 @@ TEST_F(ScheduleTest, WeekdayShiftsUseTheMachinesDay) {
 }
 
 TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
-    const auto monthStart = [](int64_t t) { return MonthStart(t); };
     const auto toNextDay = [](int64_t) { return SecondsToNextDay(); };
-    const auto untilInstant = [](int64_t t) { return SecondsUntilInstant(t); };
     // {reading, machine zone, server zone, instant (also "now"), result}
     const struct {
         int64_t (*read)(int64_t);
@@ -286,14 +284,14 @@ TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
         int64_t t, want;
     } cases[] = {
         // MonthStart: the first midnight of the month in the server zone.
-        {monthStart, "UTC0", -28800, kTue, 1698768000},         // 2023-11-01 00:00 at UTC+8
-        {monthStart, "CST-8", -28800, 1704067199, 1704038400},  // 31 Dec 23:59:59 UTC: 1 Jan
-        {monthStart, "UTC0", 0, -1, 0},                         // before 1970
+        {MonthStart, "UTC0", -28800, kTue, 1698768000},         // 2023-11-01 00:00 at UTC+8
+        {MonthStart, "CST-8", -28800, 1704067199, 1704038400},  // 31 Dec 23:59:59 UTC: 1 Jan
+        {MonthStart, "UTC0", 0, -1, 0},                         // before 1970
         // SecondsToNextDay takes midnight in the machine's frame.
         {toNextDay, "UTC0", 0, kTue + 19 * 3600, 3600},  // 23:00 UTC
         {toNextDay, "UTC0", -28800, kTue, 72000},        // midnight read as UTC
         // SecondsUntilInstant reads the server's wall fields as machine time: no correction.
-        {untilInstant, "UTC0", -28800, kTue, -28800},
+        {SecondsUntilInstant, "UTC0", -28800, kTue, -28800},
     };
     for (const auto& c : cases) {
         pind::test::ScopedTz tz(c.tz);
