@@ -1,5 +1,5 @@
 // The frame entry with a scripted host: settings, overlay drawing, Ctrl+arrow moves, the hot keys
-// and their rate limit, intervals and the slow-frame line. Report bytes: ProfileReportTest.cpp.
+// and their rate limit, and the slow-frame line. Report bytes: ProfileReportTest.cpp.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,5 +1,5 @@
-// The TinyXML DOM as clients get it from the library: every exported class built, printed and
-// parsed back through PindBase's header and link (on Windows, through the DLL's exports).
+// The TinyXML DOM as clients get it from the library: a document built, printed and parsed back
+// through PindBase's header and link (on Windows, through the DLL's exports).
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,6 +1,6 @@
 // The XML reader and writer: what loads into which tree, each error with its location, the exact
-// bytes Save writes, round trips, the host folders, and inputs big or deep enough to expose
-// quadratic scans or recursion.
+// bytes Save writes, the host folders, and inputs big or deep enough to expose quadratic scans or
+// recursion.
 #include <gtest/gtest.h>
 
 #include <memory>
