@@ -48,8 +48,9 @@ public:
     /// "code message" per report, oldest first.
     std::vector<std::string> Lines() const {
         std::vector<std::string> lines;
-        for (const FormatReport& r : All())
+        for (const FormatReport& r : All()) {
             lines.push_back(std::to_string(r.nCode) + " " + r.strMessage);
+        }
         return lines;
     }
 

@@ -70,7 +70,6 @@ protected:
     pind::test::ScopedTz m_tz{"UTC0"};
     pind::test::FakeClock m_clock;
 };
-using ScheduleTest = PindTimeTest;
 
 TEST_F(PindTimeTest, SyncRecordsEveryPairFromOneReadingOfEachClock) {
     m_clock.SetTickMs(5000);
@@ -149,7 +148,7 @@ TEST_F(PindTimeTest, LocalTextsUseTheMachineZoneNotTheServers) {
     EXPECT_EQ(NowMMDD(), 101);
 }
 
-TEST_F(ScheduleTest, ChecksAndConversionsFollowTheServerWallClockInEveryZone) {
+TEST_F(PindTimeTest, ChecksAndConversionsFollowTheServerWallClockInEveryZone) {
     for (const char* machine : kMachineZones) {
         pind::test::ScopedTz tz(machine);
         for (int32_t zone : kServerZones) {
@@ -198,7 +197,7 @@ void SyncAt(int64_t t, int32_t zoneOffset) {
     CPindTime::Instance()->SyncServerTime(static_cast<uint64_t>(t), zoneOffset);
 }
 
-TEST_F(ScheduleTest, WindowsAtTheirEdges) {
+TEST_F(PindTimeTest, WindowsAtTheirEdges) {
     pind::test::ScopedTz tz("UTC0");
     SyncAt(kTue + 13 * 3600, -28800);          // 01:00 at UTC+8 on 15 November 2023
     EXPECT_FALSE(IsInDailyWindow(2200, 200));  // a daily window never wraps
@@ -210,7 +209,7 @@ TEST_F(ScheduleTest, WindowsAtTheirEdges) {
     EXPECT_EQ(GetWeeklyWindowRemain(INT32_MIN, 1200), 0);  // Tuesday is past Monday 12:00
 }
 
-TEST_F(ScheduleTest, FailureValuesWhenTheServerTimeCannotBeRead) {
+TEST_F(PindTimeTest, FailureValuesWhenTheServerTimeCannotBeRead) {
     pind::test::ScopedTz tz("UTC0");
     SyncAt(0, 3600);  // server wall time before 1970
     EXPECT_EQ(GetServerTm(), nullptr);
@@ -226,7 +225,7 @@ TEST_F(ScheduleTest, FailureValuesWhenTheServerTimeCannotBeRead) {
     for (size_t i = 0; i < std::size(zeros); ++i) EXPECT_EQ(zeros[i], 0) << i;
 }
 
-TEST_F(ScheduleTest, OutOfRangeFieldsNormalise) {
+TEST_F(PindTimeTest, OutOfRangeFieldsNormalise) {
     pind::test::ScopedTz tz("CST-8");
     SyncAt(kTue, -28800);
     const int64_t same[][2] = {
@@ -250,7 +249,7 @@ TEST_F(ScheduleTest, OutOfRangeFieldsNormalise) {
     EXPECT_EQ(TmToServerTime(nullptr), 0);
 }
 
-TEST_F(ScheduleTest, WeekdayShiftsUseTheMachinesDay) {
+TEST_F(PindTimeTest, WeekdayShiftsUseTheMachinesDay) {
     const char* const kCet = "CET-1CEST,M3.5.0,M10.5.0/3";
     const int64_t sunday = 1711886400;  // 2024-03-31 12:00 UTC
     // Tuesday is 3 in ShiftToWeekday's Sunday-based week and 2 in NextWeekdayTime's Monday-based
@@ -274,7 +273,7 @@ TEST_F(ScheduleTest, WeekdayShiftsUseTheMachinesDay) {
     }
 }
 
-TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
+TEST_F(PindTimeTest, ReadingsThatMixInTheMachinesZoneOrClock) {
     const auto toNextDay = [](int64_t) { return SecondsToNextDay(); };
     // {reading, machine zone, server zone, instant (also "now"), result}
     const struct {
@@ -311,7 +310,7 @@ TEST_F(ScheduleTest, ReadingsThatMixInTheMachinesZoneOrClock) {
     }
 }
 
-TEST_F(ScheduleTest, OpenDayStateAgainstAZoneCorrectedDeadline) {
+TEST_F(PindTimeTest, OpenDayStateAgainstAZoneCorrectedDeadline) {
     const int64_t deadline = kTue + 59;  // 2311141200 at UTC+8, second 59
     const int64_t base = kTue - 3 * kDay;
     // {first day, days, base, state}; the deadline is 2311141200 throughout.
