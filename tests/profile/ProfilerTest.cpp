@@ -89,6 +89,12 @@ TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     Enable(0);
     TimedScope(m_clock, "Work", 3);
     KeysDown() = {kCtrl, kNum7, kNum3};  // 7 wins
+    m_client.profileAllowed = false;     // nothing runs while the client forbids it or suspended
+    EXPECT_EQ(Frame(0), 0);
+    m_client.profileAllowed = true;
+    SetProfileSuspended(true);
+    EXPECT_EQ(Frame(0), 0);
+    SetProfileSuspended(false);
     EXPECT_EQ(Frame(0), 1);
     ASSERT_EQ(m_client.createdDirs, std::vector<std::string>{"profile"});
     const std::string first = Lf(m_dir.Read("profile/StatisticsFunction.log"));

@@ -1,4 +1,4 @@
-// The TinyXML DOM as clients get it from the library: a document built, printed and parsed back
+// The TinyXML DOM as clients get it from the library: a document parsed, edited and printed
 // through PindBase's header and link (on Windows, through the DLL's exports).
 #include <gtest/gtest.h>
 
@@ -8,19 +8,14 @@
 
 namespace {
 
-TEST(TinyXml, DomBuildsPrintsAndParsesThroughTheLibrary) {
+TEST(TinyXml, DomParsesEditsAndPrintsThroughTheLibrary) {
     TiXmlDocument doc;
-    auto* root = new TiXmlElement("config");
-    root->SetAttribute("version", 3);
-    root->LinkEndChild(new TiXmlText("a < b"));
-    doc.LinkEndChild(root);
+    doc.Parse("<config version=\"3\">a &lt; b</config>");
+    ASSERT_FALSE(doc.Error()) << doc.ErrorDesc();
+    doc.RootElement()->SetAttribute("version", doc.RootElement()->FirstAttribute()->IntValue() + 1);
     TiXmlPrinter printer;
     doc.Accept(&printer);
-    TiXmlDocument parsed;
-    parsed.Parse(printer.CStr());
-    ASSERT_FALSE(parsed.Error()) << parsed.ErrorDesc();
-    EXPECT_EQ(parsed.RootElement()->FirstAttribute()->IntValue(), 3);
-    EXPECT_STREQ(parsed.RootElement()->GetText(), "a < b");
+    EXPECT_STREQ(printer.CStr(), "<config version=\"4\">a &lt; b</config>\n");
 }
 
 }  // namespace
