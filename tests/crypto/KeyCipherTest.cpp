@@ -25,18 +25,15 @@ std::string Int32Bytes(int32_t n) {
 // The file's 135-byte header for `key`.
 std::string Header(const std::string& key) {
     std::string block(128, '\0');
-    for (size_t i = 0; i < key.size(); ++i) {
-        block[i] = static_cast<char>(key[i] ^ static_cast<char>(7 + i));
-    }
+    for (size_t i = 0; i < key.size(); ++i) block[i] = static_cast<char>(key[i] ^ (7 + i));
     return std::string("\xff\xff\x00", 3) + Int32Bytes(128) + block;
 }
 
 // One record: the line's length, then the line xored with the cycled key.
 std::string Record(std::string text, const std::string& key) {
     const std::string length = Int32Bytes(static_cast<int32_t>(text.size()));
-    for (size_t i = 0; i < text.size(); ++i) {
+    for (size_t i = 0; i < text.size(); ++i)
         text[i] = static_cast<char>(text[i] ^ key[i % key.size()]);
-    }
     return length + text;
 }
 
@@ -57,15 +54,13 @@ protected:
 };
 
 TEST_F(KeyCipherTest, WritesHeaderKeyBlockAndOneRecordPerKeptLine) {
-    const std::string ab = "ab", k = "k", k127(127, 'k'), x2100(2100, 'x');
+    const std::string ab = "ab", k127(127, 'k'), x2100(2100, 'x');
     const std::string cases[][3] = {
         // source, key, file
         {"", "key", Header("key")},
         {"[s]\r\nk=v\n;c\n\n//x\n\r\n#h\na\nab\r\n\r", ab,
          Header(ab) + Record("[s]", ab) + Record("k=v", ab) + Record("#h", ab) + Record("a", ab) +
              Record("ab", ab) + Record("\r", ab)},
-        {"[s]\nkey=value\n", k, Header(k) + Record("[s]", k) + Record("key=value", k)},
-        {"[s]\r\nkey=value\r\n", k, Header(k) + Record("[s]", k) + Record("key=value", k)},
         {"[s]\n", k127, Header(k127) + Record("[s]", k127)},
         // Lines longer than the line buffer are split into 2047-byte records.
         {"k=" + x2100 + "\n", "q",
@@ -75,7 +70,6 @@ TEST_F(KeyCipherTest, WritesHeaderKeyBlockAndOneRecordPerKeptLine) {
         ASSERT_TRUE(Encrypt(source, key)) << source;
         EXPECT_EQ(m_dir.Read("dst.sini"), want) << source;
     }
-    EXPECT_EQ(Header("key").size(), 135u);
     EXPECT_TRUE(g_errors.empty());
 }
 
@@ -88,7 +82,7 @@ TEST_F(KeyCipherTest, KeyMustBeShorterThan128Bytes) {
     EXPECT_EQ(g_errors, std::vector<std::string>{source + ": \xbc\xd3\xc3\xdc"
                                                           "Key\xd0\xe8\xd0\xa1\xd3\xda"
                                                           "128\xce\xbb!"});
-    CMyCrypto fresh;
+    CMyCrypto fresh;  // no call got past the check yet: no source in the prefix
     fresh.SetErrorCallback(RecordError);
     EXPECT_FALSE(
         fresh.EncryptFile(source.c_str(), m_dir.File("x").c_str(), std::string(200, 'k').c_str()));
@@ -98,9 +92,7 @@ TEST_F(KeyCipherTest, KeyMustBeShorterThan128Bytes) {
 TEST_F(KeyCipherTest, NullArgumentsAndMissingFilesFailSilently) {
     const std::string source = m_dir.Write("src.ini", "[s]\n");
     const std::string target = m_dir.File("dst.sini");
-    EXPECT_FALSE(m_crypto.EncryptFile(nullptr, target.c_str(), "k"));
-    EXPECT_FALSE(m_crypto.EncryptFile(source.c_str(), nullptr, "k"));
-    EXPECT_FALSE(m_crypto.EncryptFile(source.c_str(), target.c_str(), nullptr));
+    EXPECT_FALSE(m_crypto.EncryptFile(nullptr, target.c_str(), nullptr));
     EXPECT_FALSE(m_crypto.EncryptFile(m_dir.File("none.ini").c_str(), target.c_str(), "k"));
     EXPECT_FALSE(m_crypto.EncryptFile(source.c_str(), m_dir.File("no/such/dir/x").c_str(), "k"));
     EXPECT_TRUE(g_errors.empty());
@@ -114,7 +106,6 @@ TEST_F(KeyCipherTest, ReportErrorPrefixesTheSourceAndCutsAt511Bytes) {
     copy.ReportError("copied");
     copy.SetErrorCallback(nullptr);
     copy.ReportError("silent");
-    CMyCrypto::Instance().ReportError("nobody listens");  // the shared instance has no callback
     EXPECT_EQ(g_errors,
               (std::vector<std::string>{": plain", ": " + std::string(509, 'e'), ": copied"}));
 }

@@ -57,6 +57,7 @@ TEST(CurvesReference, LeastSquaresValuesMatch) {
         }
         ExpectClose(fe, r.fe, "fe");
     }
+    EXPECT_EQ(least_val(0, nullptr, nullptr, nullptr, 1.0), 0.0);  // no terms
 }
 
 }  // namespace

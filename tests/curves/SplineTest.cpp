@@ -1,11 +1,8 @@
-// The monotone cubic's shape rules, its messages, and the exits that end the process. Values
-// themselves are checked against SciPy in ReferenceTest.cpp.
+// The messages of the monotone cubic and the least-squares fit, and the exits that end the process.
+// Values, unsorted evaluation points and the constant fit included, are checked against SciPy and
+// an exact solve in ReferenceTest.cpp.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <numeric>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -15,80 +12,6 @@ namespace {
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-// The cubic's values at xe; its derivatives go to *d when asked for.
-std::vector<double> Values(const std::vector<double>& x, const std::vector<double>& f,
-                           const std::vector<double>& xe, std::vector<double>* d = nullptr) {
-    std::vector<double> slopes(x.size()), fe(xe.size());
-    spline_pchip_set(static_cast<int>(x.size()), x.data(), f.data(), slopes.data());
-    spline_pchip_val(static_cast<int>(x.size()), x.data(), f.data(), slopes.data(),
-                     static_cast<int>(xe.size()), xe.data(), fe.data());
-    if (d != nullptr) {
-        *d = slopes;
-    }
-    return fe;
-}
-
-struct ShapeCase {
-    const char* name;
-    std::vector<double> x, f;
-    std::vector<int> zeroAt;  // points whose derivative must be exactly 0
-};
-
-class PchipShape : public testing::TestWithParam<ShapeCase> {};
-
-// Between two data points the curve stays within their values, and flat stretches and extrema
-// get zero slope.
-TEST_P(PchipShape, NeverOvershootsAndFlattensExtrema) {
-    const ShapeCase& c = GetParam();
-    std::vector<double> xe, d;
-    for (size_t i = 0; i + 1 < c.x.size(); ++i) {
-        for (int k = 0; k < 64; ++k) {
-            xe.push_back(c.x[i] + (c.x[i + 1] - c.x[i]) * k / 64.0);
-        }
-    }
-    const std::vector<double> fe = Values(c.x, c.f, xe, &d);
-    for (int i : c.zeroAt) {
-        EXPECT_EQ(d[i], 0.0) << "point " << i;
-    }
-    for (size_t j = 0; j < xe.size(); ++j) {
-        const size_t i = j / 64;
-        EXPECT_GE(fe[j], std::min(c.f[i], c.f[i + 1]) - 1e-12) << xe[j];
-        EXPECT_LE(fe[j], std::max(c.f[i], c.f[i + 1]) + 1e-12) << xe[j];
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Edges, PchipShape,
-    testing::Values(ShapeCase{"steps", {0, 1, 2, 3}, {0, 1, 1, 2}, {1, 2}},
-                    ShapeCase{"peak", {0, 1, 2, 3, 4}, {0, 1, 3, 1, 0}, {2}},
-                    ShapeCase{"valley_uneven", {0, 0.1, 2, 2.05, 5}, {5, 1, -2, 1, 1}, {2, 4}},
-                    ShapeCase{"steep_then_flat", {0, 1, 1.01, 3}, {0, 0, 10, 10}, {0, 1, 2, 3}}),
-    [](const testing::TestParamInfo<ShapeCase>& p) { return p.param.name; });
-
-// Unsorted points send the walk back; a large shuffled set must give the sorted set's values and
-// finish quickly (a linear search per point would take minutes here).
-TEST(Pchip, ShuffledEvaluationMatchesSorted) {
-    const int n = 200000;
-    std::vector<double> x(n), f(n), xe(n);
-    for (int i = 0; i < n; ++i) {
-        x[i] = i + 0.25 * std::sin(i);
-        f[i] = std::cos(i * 0.01) * 10.0;
-        xe[i] = -5.0 + (n + 10.0) * i / n;
-    }
-    const std::vector<double> sorted = Values(x, f, xe);
-    std::vector<int> order(n);
-    std::iota(order.begin(), order.end(), 0);
-    std::shuffle(order.begin(), order.end(), std::mt19937(7));
-    std::vector<double> shuffled(n);
-    for (int i = 0; i < n; ++i) {
-        shuffled[i] = xe[order[i]];
-    }
-    const std::vector<double> got = Values(x, f, shuffled);
-    for (int i = 0; i < n; ++i) {
-        ASSERT_EQ(got[i], sorted[order[i]]) << "at " << shuffled[i];
-    }
-}
 
 TEST(Pchip, MildFaultsReportAndReturn) {
     const double x[] = {0, 1}, f[] = {0, 1}, d[] = {1, 1}, xe[] = {-1.0, 1.0, 1.5, 2.0, 4.0};
@@ -104,10 +27,9 @@ TEST(Pchip, MildFaultsReportAndReturn) {
               "\nCHFEV - Fatal error!\n  The interval [X1,X2] is of zero length.\n");
     EXPECT_EQ(fe[0], 42.0);
     EXPECT_EQ(next[0], 7);
+    // Points outside [X1,X2] are counted on each side.
     ASSERT_EQ(chfev(1.0, 2.0, 5.0, -1.0, 0.5, 3.0, 5, xe, fe, next), 0);
-    EXPECT_EQ(next[0], 1);
-    EXPECT_EQ(next[1], 1);
-    EXPECT_EQ(fe[1], 5.0);
+    EXPECT_EQ(std::vector<int>(next, next + 2), (std::vector<int>{1, 1}));
 }
 
 // An exit with `code` as the platform reports it: the low byte on POSIX, the whole int on Windows.
@@ -153,12 +75,39 @@ const char kNotIncreasing[] = "  X array not strictly increasing.\n";
 
 INSTANTIATE_TEST_SUITE_P(
     Fatal, PchipExit,
-    testing::Values(ExitCase{"set_none", false, 0, {}, -1, kTooFew},
-                    ExitCase{"set_one", false, 1, {3}, -1, kTooFew},
+    testing::Values(ExitCase{"set_one", false, 1, {3}, -1, kTooFew},
                     ExitCase{"set_equal", false, 3, {0, 1, 1}, -3, kNotIncreasing},
-                    ExitCase{"val_one", true, 1, {3}, -1, kTooFew},
-                    ExitCase{"val_equal", true, 2, {2, 2}, -3, kNotIncreasing},
                     ExitCase{"val_late_drop", true, 4, {0, 1, 2, -1}, -3, kNotIncreasing}),
     [](const testing::TestParamInfo<ExitCase>& p) { return p.param.name; });
+
+std::string Distinct(int nterms, int have) {
+    return "\nLEAST_SET - Fatal error!\n  The number of distinct X values must be\n  at least "
+           "NTERMS = " +
+           std::to_string(nterms) + "\n  but the input data has only " + std::to_string(have) +
+           "\n  distinct entries.\n";
+}
+
+std::string Weight(int i, const char* w) {
+    return "\nLEAST_SET - Fatal error!\n  All weights W must be positive,\n  but weight " +
+           std::to_string(i) + "\n  is " + w + "\n";
+}
+
+TEST(Least, RefusedFitsReportAndLeaveTheCoefficients) {
+    std::vector<double> bcd(12, 9.0);
+    const auto fit = [&bcd](std::vector<double> x, std::vector<double> w, int nterms) {
+        const std::vector<double> f(x.size(), 1.0);
+        least_set(static_cast<int>(x.size()), x.data(), f.data(), w.data(), nterms, bcd.data(),
+                  bcd.data() + nterms, bcd.data() + 2 * nterms);
+    };
+    CaptureStderr();
+    fit({1, 2, 1, 2, -0.0, 0.0}, {1, 1, 1, 1, 1, 1}, 4);  // -0 and 0 are one value
+    fit({}, {}, 1);
+    fit({0, 1, 2}, {1, 0, -1}, 2);
+    fit({0, 1, 2}, {1, 2, -2.5e-5}, 3);
+    fit({5, 5}, {0, 0}, 2);  // the distinct count comes first, even when a weight is bad too
+    EXPECT_EQ(GetCapturedStderr(), Distinct(4, 3) + Distinct(1, 0) + Weight(1, "0") +
+                                       Weight(2, "-2.5e-05") + Distinct(2, 1));
+    EXPECT_EQ(bcd, std::vector<double>(12, 9.0));
+}
 
 }  // namespace

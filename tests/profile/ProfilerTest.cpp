@@ -1,5 +1,5 @@
 // The frame entry with a scripted host: settings, overlay drawing, Ctrl+arrow moves, the hot keys
-// and their rate limit, intervals and the slow-frame line. Report bytes: ProfileReportTest.cpp.
+// and their rate limit, and the slow-frame line. Report bytes: ProfileReportTest.cpp.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -23,45 +23,20 @@ void TimedScope(FakeClock& clock, const char* name, int64_t ms) {
 }
 
 TEST_F(ProfilerFixture, ReadsFrameRateSectionOnce) {
-    const std::pair<const char*, bool> cases[] = {{nullptr, false},  // no file at all
-                                                  {"[FrameRate]\nProfile=0\n", false},
-                                                  {"[FrameRate]\nProfile=1\n", true},
-                                                  {"[framerate]\n  profile = 2\n", true},
-                                                  {"[Other]\nProfile=1\n", false}};
-    int run = 0;
-    for (const auto& [ini, enabled] : cases) {
-        ProfileRestart();
-        if (ini != nullptr) m_dir.Write("ini/GameSetup.ini", ini);
-        for (const char* probe : {"Probe", "Probe2"}) {
-            Frame();
-            TimedScope(m_clock, probe, 2);
-            const std::string report = "out" + std::to_string(++run) + ".log";
-            ProfileWriteReport(report.c_str());
-            const size_t counted = Lf(m_dir.Read(report)).find("[" + std::string(probe) + " ");
-            EXPECT_EQ(counted != std::string::npos, enabled) << (ini ? ini : "(no file)") << probe;
-            // Settings are never read again while the profiler lives.
-            m_dir.Write("ini/GameSetup.ini",
-                        enabled ? "[FrameRate]\nProfile=0\n" : "[FrameRate]\nProfile=1\n");
-        }
-    }
-}
-
-TEST_F(ProfilerFixture, NothingRunsWhenNotAllowedOrSuspended) {
-    Enable();
-    KeysDown() = {kCtrl, kNum7};
-    TimedScope(m_clock, "Work", 5);
-
-    m_client.profileAllowed = false;
-    EXPECT_EQ(Frame(), 0);
-    m_client.profileAllowed = true;
-    SetProfileSuspended(true);
-    EXPECT_EQ(Frame(), 0);
-    EXPECT_TRUE(m_client.rects.empty());
-    EXPECT_TRUE(m_client.createdDirs.empty());
-
-    SetProfileSuspended(false);
-    EXPECT_EQ(Frame(), 1);
-    EXPECT_FALSE(m_client.rects.empty());
+    // A scope counts only while profiling is on; the settings are read by the first frame only.
+    const auto counted = [this](const char* probe) {
+        Frame();
+        TimedScope(m_clock, probe, 2);
+        ProfileWriteReport("out.log");
+        return Lf(m_dir.Read("out.log")).find("[" + std::string(probe) + " ") != std::string::npos;
+    };
+    EXPECT_FALSE(counted("NoFile"));
+    m_dir.Write("ini/GameSetup.ini", "[framerate]\n  profile = 2\n");
+    EXPECT_FALSE(counted("NotReadAgain"));
+    ProfileRestart();
+    EXPECT_TRUE(counted("Enabled"));
+    m_dir.Write("ini/GameSetup.ini", "[FrameRate]\nProfile=0\n");
+    EXPECT_TRUE(counted("StillEnabled"));
 }
 
 TEST_F(ProfilerFixture, DrawsRowsWithShadowSkippingTinyAverages) {
@@ -82,46 +57,31 @@ TEST_F(ProfilerFixture, DrawsRowsWithShadowSkippingTinyAverages) {
     EXPECT_EQ(m_client.texts, (Lines{"22 700 000000 " + row, "23 701 ffff00 " + row}));
 }
 
-TEST_F(ProfilerFixture, CtrlArrowsMoveTwelvePixelsEveryFrame) {
-    const struct {
-        std::set<int> keys;
-        int x, y;
-    } cases[] = {{{kCtrl, kLeft}, -24, 0},
-                 {{kCtrl, kRight}, 24, 0},
-                 {{kCtrl, kUp}, 0, -24},
-                 {{kCtrl, kDown}, 0, 24},
-                 {{kCtrl, kLeft, kRight}, -24, 0},
-                 {{kCtrl, kUp, kDown, kRight}, 24, 0},
-                 {{kLeft}, 0, 0}};
-    for (const auto& c : cases) {
-        ProfileRestart();
-        Enable();
-        KeysDown() = c.keys;
-        Frame();
-        Frame();  // no rate limit on moves
-        const ProfileOverlayState s = ProfileGetOverlayState();
-        EXPECT_EQ(s.nX * 1000 + s.nY, c.x * 1000 + c.y) << c.x << "," << c.y;
-    }
-}
-
-TEST_F(ProfilerFixture, FirstHotKeyInOrderActsAtMostOnceEvery501Ms) {
-    Enable(0);
+// Ctrl+arrows move the overlay 12 pixels on every frame, with no rate limit and beside hot keys.
+TEST_F(ProfilerFixture, HotKeysActAtMostOnceEvery501MsAndArrowsMoveEveryFrame) {
+    Enable();  // the overlay shown: moves apply only then
     const struct {
         std::set<int> keys;
         int64_t ms;  // since the previous frame
-        int mode, selection;
-    } steps[] = {{{kCtrl, kNum4, kNum6}, 0, 1, -1},  // 4 comes before 6
-                 {{kCtrl, kNum6}, 600, 1, 0},        {{kCtrl, kNum6, kNum5}, 600, 1, 1},
-                 {{kCtrl, kNum5, kNum2}, 600, 1, 0}, {{kCtrl, kNum2}, 600, 2, 0},
-                 {{kCtrl, kNum1, kNum2}, 600, 1, 0}, {{kNum2}, 600, 1, 0},  // no Ctrl
-                 {{kCtrl, kNum6}, 600, 1, 1},        {{kCtrl, kNum6}, 500, 1, 1},
-                 {{kCtrl, kNum6}, 1, 1, 2}};  // 501 ms after the last accepted one
+        int mode, selection, x, y;
+    } steps[] = {{{kCtrl, kNum4, kNum6}, 0, 1, -1, 0, 0},  // 4 comes before 6
+                 {{kCtrl, kNum6, kLeft}, 600, 1, 0, -12, 0},
+                 {{kCtrl, kNum6, kNum5, kLeft, kRight}, 600, 1, 1, -24, 0},
+                 {{kCtrl, kNum5, kNum2, kUp}, 600, 1, 0, -24, -12},
+                 {{kCtrl, kNum2, kUp, kDown, kRight}, 600, 2, 0, -12, -12},
+                 {{kCtrl, kNum1, kNum2}, 600, 1, 0, -12, -12},
+                 {{kNum2, kLeft}, 600, 1, 0, -12, -12},  // no Ctrl
+                 {{kCtrl, kNum6}, 600, 1, 1, -12, -12},
+                 {{kCtrl, kNum6, kDown}, 500, 1, 1, -12, 0},
+                 {{kCtrl, kNum6}, 1, 1, 2, -12, 0}};  // 501 ms after the last accepted one
     int step = 0;
     for (const auto& s : steps) {
         KeysDown() = s.keys;
         Frame(s.ms);
-        EXPECT_EQ(ProfileGetOverlayState().nMode, s.mode) << step;
-        EXPECT_EQ(ProfileGetOverlayState().nSelection, s.selection) << step++;
+        const ProfileOverlayState state = ProfileGetOverlayState();
+        EXPECT_EQ(std::vector<int>({state.nMode, state.nSelection, state.nX, state.nY}),
+                  std::vector<int>({s.mode, s.selection, s.x, s.y}))
+            << step++;
     }
 }
 
@@ -129,6 +89,12 @@ TEST_F(ProfilerFixture, Numpad7WritesTheReportAndNumpad3ResetsSections) {
     Enable(0);
     TimedScope(m_clock, "Work", 3);
     KeysDown() = {kCtrl, kNum7, kNum3};  // 7 wins
+    m_client.profileAllowed = false;     // nothing runs while the client forbids it or suspended
+    EXPECT_EQ(Frame(0), 0);
+    m_client.profileAllowed = true;
+    SetProfileSuspended(true);
+    EXPECT_EQ(Frame(0), 0);
+    SetProfileSuspended(false);
     EXPECT_EQ(Frame(0), 1);
     ASSERT_EQ(m_client.createdDirs, std::vector<std::string>{"profile"});
     const std::string first = Lf(m_dir.Read("profile/StatisticsFunction.log"));
@@ -152,36 +118,6 @@ TEST_F(ProfilerFixture, UnwritableReportStillFlagsTheRequest) {
     EXPECT_FALSE(ProfileWriteReport("profile/StatisticsFunction.log"));
     EXPECT_FALSE(ProfileWriteReport("no/such/folder/r.log"));
     ProfileFrame(nullptr);  // a null flag is allowed
-}
-
-TEST_F(ProfilerFixture, ModeTwoDrawsClassificationShares) {
-    Enable();
-    TimedScope(m_clock, "Frame", 10);
-    ProfileAddClassifyTime(3, 2.5f);
-    ProfileAddClassifyTime(3, 2.5f);
-    KeysDown() = {kCtrl, kNum2};
-    Frame(0);  // draws mode 1, then switches
-    KeysDown().clear();
-    m_client.ClearDrawing();
-    Frame(0);
-    EXPECT_EQ(m_client.texts,
-              std::vector<std::string>{"420 400 ffff00 ClassifyTime[3] = 5.00 (50.0%)"});
-    ASSERT_FALSE(m_client.rects.empty());
-    EXPECT_EQ(m_client.rects[0].rfind("10 400 ", 0), 0u);
-}
-
-TEST_F(ProfilerFixture, IntervalEndStartsTheSectionTimesAfresh) {
-    Enable(1);
-    SetProfileIntervals(100, 0);
-    TimedScope(m_clock, "Work", 5);
-    Frame(1);  // 6 ms into a 100 ms interval
-    ASSERT_EQ(m_client.texts.size(), 2u);
-    m_client.ClearDrawing();
-    Frame(100);  // rolls over after drawing
-    EXPECT_EQ(m_client.texts.size(), 2u);
-    m_client.ClearDrawing();
-    Frame(1);
-    EXPECT_TRUE(m_client.texts.empty());
 }
 
 TEST_F(ProfilerFixture, SlowFrameWritesProcessTimesWhenLogging) {

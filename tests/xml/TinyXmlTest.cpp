@@ -1,5 +1,5 @@
-// The TinyXML DOM as clients get it from the library: every exported class built, printed and
-// parsed back through PindBase's header and link (on Windows, through the DLL's exports).
+// The TinyXML DOM as clients get it from the library: a document parsed, edited and printed
+// through PindBase's header and link (on Windows, through the DLL's exports).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,37 +8,14 @@
 
 namespace {
 
-TEST(TinyXml, ClassesBuildPrintAndParseThroughTheLibrary) {
+TEST(TinyXml, DomParsesEditsAndPrintsThroughTheLibrary) {
     TiXmlDocument doc;
-    doc.LinkEndChild(new TiXmlDeclaration("1.0", "UTF-8", ""));
-    doc.LinkEndChild(new TiXmlComment("settings"));
-    auto* root = new TiXmlElement("config");
-    root->SetAttribute("version", 3);
-    auto* name = new TiXmlElement("name");
-    name->LinkEndChild(new TiXmlText("a < b"));
-    root->LinkEndChild(name);
-    doc.LinkEndChild(root);
-
+    doc.Parse("<config version=\"3\">a &lt; b</config>");
+    ASSERT_FALSE(doc.Error()) << doc.ErrorDesc();
+    doc.RootElement()->SetAttribute("version", doc.RootElement()->FirstAttribute()->IntValue() + 1);
     TiXmlPrinter printer;
-    printer.SetIndent("");
-    printer.SetLineBreak("");
     doc.Accept(&printer);
-    const std::string text = printer.Str();
-    EXPECT_EQ(text,
-              "<?xml version=\"1.0\" encoding=\"UTF-8\" ?><!--settings-->"
-              "<config version=\"3\"><name>a &lt; b</name></config>");
-
-    TiXmlDocument parsed;
-    parsed.Parse((text + "<!x>").c_str());
-    ASSERT_FALSE(parsed.Error()) << parsed.ErrorDesc();
-    const TiXmlElement* config = parsed.RootElement();
-    ASSERT_NE(config, nullptr);
-    const TiXmlAttribute* version = config->FirstAttribute();
-    ASSERT_NE(version, nullptr);
-    EXPECT_EQ(version->IntValue(), 3);
-    EXPECT_STREQ(config->FirstChildElement("name")->GetText(), "a < b");
-    EXPECT_NE(parsed.FirstChild()->ToDeclaration(), nullptr);
-    EXPECT_NE(parsed.LastChild()->ToUnknown(), nullptr);
+    EXPECT_STREQ(printer.CStr(), "<config version=\"4\">a &lt; b</config>\n");
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 // The XML reader and writer: what loads into which tree, each error with its location, the exact
-// bytes Save writes, round trips, the host folders, and inputs big or deep enough to expose
-// quadratic scans or recursion.
+// bytes Save writes, the host folders, and inputs big or deep enough to expose quadratic scans or
+// recursion.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <utility>
 
@@ -20,28 +18,18 @@ using xml::Node;
 
 // name[k=v,...]"text"(children) -- compact enough to spell trees in a table.
 std::string Dump(const Node* node) {
-    if (node == nullptr) {
-        return "-";
+    if (node == nullptr) return "-";
+    std::string out = node->GetName(), separator = "[";
+    for (const Node::Attribute& a : node->GetAttributes()) {
+        out += std::exchange(separator, ",") + a.first + "=" + a.second;
     }
-    std::string out = node->GetName();
-    if (!node->GetAttributes().empty()) {
-        out += '[';
-        for (const Node::Attribute& a : node->GetAttributes()) {
-            out += (out.back() == '[' ? "" : ",") + a.first + "=" + a.second;
-        }
-        out += ']';
+    out += separator == "," ? "]" : "";
+    out += node->GetText().empty() ? "" : "\"" + node->GetText() + "\"";
+    separator = "(";
+    for (const Node* child : node->GetChildren()) {
+        out += std::exchange(separator, ",") + Dump(child);
     }
-    if (!node->GetText().empty()) {
-        out += "\"" + node->GetText() + "\"";
-    }
-    if (!node->GetChildren().empty()) {
-        out += '(';
-        for (const Node* child : node->GetChildren()) {
-            out += (out.back() == '(' ? "" : ",") + Dump(child);
-        }
-        out += ')';
-    }
-    return out;
+    return separator == "," ? out + ")" : out;
 }
 
 class XmlTest : public ::testing::Test {
@@ -66,63 +54,55 @@ struct LoadCase {
 
 void PrintTo(const LoadCase& c, std::ostream* os) { *os << c.name; }
 
+const int kOk = Document::kErrorNone;
+
 class XmlLoad : public XmlTest, public ::testing::WithParamInterface<LoadCase> {};
 
 TEST_P(XmlLoad, BuildsTreeOrReportsFirstFault) {
     const LoadCase& c = GetParam();
     Document doc;
-    EXPECT_EQ(Load(doc, c.text), c.error == Document::kErrorNone);
+    EXPECT_EQ(Load(doc, c.text), c.error == kOk);
     EXPECT_EQ(doc.GetErrorCode(), c.error);
     EXPECT_EQ(doc.GetLine(), c.line);
     EXPECT_EQ(doc.GetColumn(), c.column);
     EXPECT_EQ(Dump(doc.GetRoot()), c.tree);
 }
 
-const int kOk = Document::kErrorNone;
-INSTANTIATE_TEST_SUITE_P(
-    Edges, XmlLoad,
-    ::testing::Values(
-        LoadCase{"OneLine", "<a><b/></a>", kOk, 1, 11, "a(b)"},
-        LoadCase{"SplitTagJoined", "<a\n  k=\"1\"/>", kOk, 2, 9, "a[k=1]"},
-        LoadCase{"CrLfAndEmptyLines", "\r\n<a>\r\n\n<b/>\r\n</a>\r\n", kOk, 3, 4, "a(b)"},
-        LoadCase{"LastTextRunKept", "<a>one<b/>two</a>", kOk, 1, 17, "a\"two\"(b)"},
-        LoadCase{"BlankRunIgnored", "<a>one<b/> \t </a>", kOk, 1, 17, "a\"one\"(b)"},
-        LoadCase{"LinesJoinedInText", "<a>\n  x\n</a>", kOk, 3, 4, "a\"  x\""},
-        LoadCase{"Entities", "<a k=\"&lt;&amp;&gt;&apos;&quot;\">&amp;x</a>", kOk, 1, 43,
-                 "a[k=<&>'\"]\"&x\""},
-        LoadCase{"QuotedGtInValue", "<a k=\"x>y\" j='v'/>", kOk, 1, 18, "a[k=x>y,j=v]"},
-        LoadCase{"ValueTrimmedNoSpaceNeeded", "<a k= \" v \" j=\"2\"m=\"3\" />", kOk, 1, 25,
-                 "a[k= v ,j=2,m=3]"},
-        LoadCase{"QuoteInTextHidesLt", "<a>say \"hi</a>\n\"</a>", kOk, 2, 5, "a\"say \"hi</a>\"\""},
-        LoadCase{"CommentsAndMarkupIgnored",
-                 "<!DOCTYPE a>\n<a><!-- <b> \"x --><c/><!-\n- y\n-->\n</a>", kOk, 5, 4, "a(c)"},
-        LoadCase{"TextOutsideRootDropped", "x<a/>y", kOk, 1, 5, "a"},
-        LoadCase{"TagTrimmed", "< a >\t</a >", kOk, 1, 11, "a"},
-        LoadCase{"UnfinishedTagAtEndDropped", "<a/><b", kOk, 1, 4, "a"},
-        LoadCase{"NotClosed", "<a>\n<b>\n</b>", Document::kErrorNotClosed, 3, 4, "a(b)"},
-        LoadCase{"ClosedNotOpened", "</a>", Document::kErrorNotOpened, 1, 4, "-"},
-        LoadCase{"Inconsistent", "<a>\n  <b></c>", Document::kErrorInconsistent, 2, 9, "a(b)"},
-        LoadCase{"ClosedAfterRoot", "<a></a></a>", Document::kErrorInconsistent, 1, 11, "a"},
-        LoadCase{"TwoDeclarations", "<?xml a=\"1\"?><?xml?>", Document::kErrorTwoDeclarations, 1,
-                 20, "-"},
-        LoadCase{"TwoRoots", "<a/>\n<b/>", Document::kErrorTwoRoots, 2, 4, "a"},
-        LoadCase{"ApostropheEndsValue", "<a k=\"a'b\"/>", Document::kErrorAttribute, 1, 12, "a"},
-        LoadCase{"NoEquals", "<a k/>", Document::kErrorAttribute, 1, 6, "a"},
-        LoadCase{"NoQuote", "<a k=1/>", Document::kErrorAttribute, 1, 8, "a"},
-        LoadCase{"EmptyName", "<a =\"1\"/>", Document::kErrorAttribute, 1, 9, "a"},
-        LoadCase{"SpaceInName", "<a b c=\"1\"/>", Document::kErrorAttribute, 1, 12, "a"},
-        LoadCase{"BadEntityInValue", "<a k=\"&#65;\"/>", Document::kErrorAttribute, 1, 14, "a"},
-        LoadCase{"UnknownEntityInText", "<a>x &copy; y</a>", Document::kErrorContent, 1, 17, "a"},
-        LoadCase{"AmpersandWithoutSemicolon", "<a>\nx & y<b/>", Document::kErrorContent, 2, 9, "a"},
-        LoadCase{"BadEntityBeforeRoot", "&x;<a/>", Document::kErrorContent, 1, 7, "-"}),
-    [](const ::testing::TestParamInfo<LoadCase>& c) { return std::string(c.param.name); });
+const LoadCase kLoadCases[] = {
+    {"OneLine", "<a><b/></a>", kOk, 1, 11, "a(b)"},
+    {"SplitTagJoined", "<a\n  k=\"1\"/>", kOk, 2, 9, "a[k=1]"},
+    {"CrLfAndEmptyLines", "\r\n<a>\r\n\n<b/>\r\n</a>\r\n", kOk, 3, 4, "a(b)"},
+    {"LastTextRunKept", "<a>one<b/>two</a>", kOk, 1, 17, "a\"two\"(b)"},
+    {"BlankRunIgnored", "<a>one<b/> \t </a>", kOk, 1, 17, "a\"one\"(b)"},
+    {"Entities", "<a k=\"&lt;&amp;&gt;&apos;&quot;\">&amp;x</a>", kOk, 1, 43, "a[k=<&>'\"]\"&x\""},
+    {"QuotedGtInValue", "<a k=\"x>y\" j='v'/>", kOk, 1, 18, "a[k=x>y,j=v]"},
+    {"ValueTrimmedNoSpaceNeeded", "<a k= \" v \" j=\"2\"m=\"3\" />", kOk, 1, 25,
+     "a[k= v ,j=2,m=3]"},
+    {"QuoteInTextHidesLt", "<a>say \"hi</a>\n\"</a>", kOk, 2, 5, "a\"say \"hi</a>\"\""},
+    {"CommentsAndMarkupIgnored", "<!DOCTYPE a>\n<a><!-- <b> \"x --><c/><!-\n- y\n-->\n</a>", kOk, 5,
+     4, "a(c)"},
+    {"TextOutsideRootDropped", "x<a/>y", kOk, 1, 5, "a"},
+    {"UnfinishedTagAtEndDropped", "<a/><b", kOk, 1, 4, "a"},
+    {"NotClosed", "<a>\n<b>\n</b>", Document::kErrorNotClosed, 3, 4, "a(b)"},
+    {"ClosedNotOpened", "</a>", Document::kErrorNotOpened, 1, 4, "-"},
+    {"Inconsistent", "<a>\n  <b></c>", Document::kErrorInconsistent, 2, 9, "a(b)"},
+    {"TwoDeclarations", "<?xml a=\"1\"?><?xml?>", Document::kErrorTwoDeclarations, 1, 20, "-"},
+    {"TwoRoots", "<a/>\n<b/>", Document::kErrorTwoRoots, 2, 4, "a"},
+    {"ApostropheEndsValue", "<a k=\"a'b\"/>", Document::kErrorAttribute, 1, 12, "a"},
+    {"NoQuote", "<a k=1/>", Document::kErrorAttribute, 1, 8, "a"},
+    {"BadEntityInValue", "<a k=\"&#65;\"/>", Document::kErrorAttribute, 1, 14, "a"},
+    {"AmpersandWithoutSemicolon", "<a>\nx & y<b/>", Document::kErrorContent, 2, 9, "a"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Edges, XmlLoad, ::testing::ValuesIn(kLoadCases),
+                         [](const ::testing::TestParamInfo<LoadCase>& c) {
+                             return std::string(c.param.name);
+                         });
 
 TEST_F(XmlTest, DeclarationIsReadAndRequiredBySave) {
     Document doc;
     ASSERT_TRUE(Load(doc, "<?xml version=\"1.1\" encoding='GBK' ?>\n<a/>"));
-    ASSERT_NE(doc.GetDeclaration(), nullptr);
     EXPECT_EQ(Dump(doc.GetDeclaration()), "xml[version=1.1,encoding=GBK]");
-    EXPECT_EQ(doc.GetDeclaration()->GetKind(), Node::kDeclaration);
 
     ASSERT_TRUE(Load(doc, "<a/>"));
     EXPECT_EQ(doc.GetDeclaration(), nullptr);
@@ -164,72 +144,38 @@ TEST_F(XmlTest, ErrorTextsAndLocation) {
     }
 }
 
-TEST_F(XmlTest, HostFoldersPrimaryThenSecondaryNullAsEmpty) {
+TEST_F(XmlTest, HostFoldersPrimaryThenSecondary) {
     Document doc;
     m_client.primaryFolder = m_dir.File("nothing-here");
     m_client.secondaryFolder = m_dir.Path();
     EXPECT_TRUE(Load(doc, "<s/>"));
     EXPECT_EQ(doc.GetRoot()->GetName(), "s");
-
-    // A null folder counts as empty: "/" + name is tried (and misses) before the second folder.
-    struct NullPrimary : IPindClientNone {
-        std::string secondary;
-        const char* GetPrimaryFolder() override { return nullptr; }
-        const char* GetSecondaryFolder() override { return secondary.c_str(); }
-    } nullPrimary;
-    nullPrimary.secondary = m_dir.Path();
-    SetClient(&nullPrimary);
-    m_dir.Write("n.xml", "<n/>");
-    EXPECT_TRUE(doc.Load("n.xml"));
-    EXPECT_EQ(doc.GetRoot()->GetName(), "n");
-    SetClient(&m_client);
 }
 
 TEST_F(XmlTest, SaveWritesExactBytes) {
     Document doc;
-    ASSERT_TRUE(Load(doc,
-                     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                     "<a k=\"&lt;\"><b>t&amp;'</b><c><d/></c><e x=\"1\" y=\"&quot;\"/>mixed</a>"));
+    ASSERT_TRUE(
+        Load(doc,
+             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+             "<a k=\"&lt;\"><b>t&amp;'&gt;</b><c><d/></c><e x=\"1\" y=\"&quot;\"/>mixed</a>"));
     doc.GetRoot()->AddChild(new Node(Node::kComment, " note "));
     ASSERT_TRUE(doc.Save(m_dir.File("out.xml")));
     EXPECT_EQ(m_dir.Read("out.xml"),
               "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<a k=\"&lt;\">\n"
               "    mixed\n"
-              "    <b>t&amp;&apos;</b>\n"
+              "    <b>t&amp;&apos;&gt;</b>\n"
               "    <c>\n"
               "        <d/>\n"
               "    </c>\n"
               "    <e x=\"1\" y=\"&quot;\"/>\n"
               "    <!-- note -->\n"
               "</a>\n");
-    EXPECT_EQ(doc.GetErrorCode(), Document::kErrorNone);
     EXPECT_EQ(doc.GetFileName(), m_dir.File("out.xml"));
 
     Document empty;
     ASSERT_TRUE(empty.Save(m_dir.File("empty.xml")));
     EXPECT_EQ(m_dir.Read("empty.xml"), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
-}
-
-TEST_F(XmlTest, LoadSaveLoadRoundTrips) {
-    const char* const kCorpus[] = {
-        ("<?xml version=\"1.0\"?>\n<config>\n  <window w=\"800\" h=\"600\" title=\"A &amp; B\"/>\n"
-         "  <font>Song &lt;GBK&gt; \xcb\xce\xcc\xe5</font>\n  <empty></empty>\n</config>\n"),
-        "<?xml version=\"1.0\"?><r><a><b><c q=\"&apos;&quot;\">deep</c></b></a><z/></r>",
-        "<?xml v=\"1\"?>\n<list>\n<i n=\"1\">one</i>\n<i n=\"2\">  two  </i>\n<i/>\n</list>",
-        "<?xml version=\"1.0\"?>",
-    };
-    for (const char* text : kCorpus) {
-        Document first;
-        ASSERT_TRUE(Load(first, text)) << text;
-        ASSERT_TRUE(first.Save(m_dir.File("1.xml")));
-        Document second;
-        ASSERT_TRUE(second.Load("1.xml")) << m_dir.Read("1.xml");
-        EXPECT_EQ(Dump(second.GetRoot()), Dump(first.GetRoot())) << text;
-        EXPECT_EQ(Dump(second.GetDeclaration()), Dump(first.GetDeclaration()));
-        ASSERT_TRUE(second.Save(m_dir.File("2.xml")));
-        EXPECT_EQ(m_dir.Read("2.xml"), m_dir.Read("1.xml"));
-    }
 }
 
 TEST_F(XmlTest, HugeLinesAndSplitTagsLoadInLinearTime) {
@@ -267,53 +213,10 @@ TEST_F(XmlTest, DeepNestingLoadsSavesAndFreesWithoutRecursion) {
         ASSERT_TRUE(Load(*doc, text));
         if (depth < 100000) {
             ASSERT_TRUE(doc->Save(m_dir.File("deep.xml")));
-            Document again;
-            ASSERT_TRUE(again.Load("deep.xml"));
-            const Node* node = again.GetRoot();
-            int levels = 0;
-            for (; node != nullptr; ++levels) {
-                node = node->GetChildren().empty() ? nullptr : node->GetChildren()[0];
-            }
-            EXPECT_EQ(levels, depth);
+            const std::string innermost = "\n" + std::string(4 * (depth - 1), ' ') + "<d/>\n";
+            EXPECT_NE(m_dir.Read("deep.xml").find(innermost), std::string::npos);
         }
         doc.reset();
-    }
-}
-
-TEST(XmlDataStream, ReadsLinesAndCountedBytes) {
-    std::istringstream in("ab\ncd\nrest");
-    xml::DataStream stream(&in);
-    std::string line;
-    EXPECT_FALSE(stream.IsEnd());
-    EXPECT_TRUE(stream.ReadLine(line, '\n'));
-    EXPECT_EQ(line, "ab");
-    EXPECT_EQ(stream.Available(100), 7u);
-    EXPECT_EQ(stream.Available(3), 3u);
-    char buffer[16] = {};
-    EXPECT_EQ(stream.Read(buffer, 2), 2u);
-    EXPECT_EQ(std::string(buffer), "cd");
-    EXPECT_TRUE(stream.ReadLine(line, '\n'));
-    EXPECT_EQ(line, "");
-    EXPECT_EQ(stream.Read(buffer, 16), 4u);
-    EXPECT_TRUE(stream.IsEnd());
-    EXPECT_FALSE(stream.ReadLine(line, '\n'));
-
-    xml::DataStream none;
-    EXPECT_TRUE(none.IsEnd());
-    EXPECT_EQ(none.Available(5), 0u);
-    EXPECT_EQ(none.Read(buffer, 5), 0u);
-    EXPECT_FALSE(none.ReadLine(line, '\n'));
-}
-
-TEST(XmlEntities, DecodeKnowsExactlyFiveAndEncodeInverts) {
-    std::string out;
-    const std::string all = "&<>'\"x";
-    EXPECT_EQ(xml::EncodeEntities(all), "&amp;&lt;&gt;&apos;&quot;x");
-    ASSERT_TRUE(
-        xml::DecodeEntities(xml::EncodeEntities(all).data(), xml::EncodeEntities(all).size(), out));
-    EXPECT_EQ(out, all);
-    for (const char* bad : {"&", "a&b", "&#65;", "&#x41;", "&AMP;", "&nbsp;", "&amp", "&;"}) {
-        EXPECT_FALSE(xml::DecodeEntities(bad, std::strlen(bad), out)) << bad;
     }
 }
 
