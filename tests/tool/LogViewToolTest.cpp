@@ -13,7 +13,6 @@
 #include "pind/json/FmtJson.h"
 #include "support/TempDir.h"
 #include "tool/RunTool.h"
-#include "tool/ToolTestSupport.h"
 
 namespace pind::test {
 namespace {
@@ -46,31 +45,19 @@ TEST(LogViewTool, FiltersAndTextForm) {
     const std::string slow = "2026-11-22 10:30:00 WARN  net slow " + kUtf8 + "\n";
     const std::string hand = "?? hand edit\n";
     const std::string crash = "2026-11-22 11:00:00 ERROR ui crash\\t1\n";
-    struct Case {
-        std::vector<std::string> args;
-        std::string out;
-    };
-    const std::vector<Case> cases = {
-        {{}, boot + login + slow + hand + crash},
-        {{"--level", "warn"}, slow + hand + crash},
-        {{"--cate", "net", "--cate", "ui"}, login + slow + hand + crash},
-        {{"--since", "2026-11-22 10:00", "--until", "2026-11-22 10:30:00"}, login + slow + hand},
-        {{"--grep", "login"}, login},
-        {{"--grep", kUtf8}, slow},
-        {{"--grep", kGbk}, slow},
-        {{"--max", "2"}, boot + login},
-        {{"--raw", "--level", "WARN", "--max", "1"},
-         "2026-11-22 10:30:00 WARN  net slow " + kGbk + "\n"},
-    };
     TempDir dir;
     dir.Write("day.log", Fixture());
-    for (const Case& c : cases) {
-        std::vector<std::string> args = {"log", "view", "day.log"};
-        args.insert(args.end(), c.args.begin(), c.args.end());
-        const auto run = RunPind(args, "", dir.Path());
-        EXPECT_EQ(run.status, 0) << run.err;
-        EXPECT_EQ(run.out, c.out) << args.back();
-    }
+    ExpectRuns({{"log view day.log", 0, boot + login + slow + hand + crash},
+                {"log view day.log --level warn", 0, slow + hand + crash},
+                {"log view day.log --cate net --cate ui", 0, login + slow + hand + crash},
+                {"log view day.log --since '2026-11-22 10:00' --until '2026-11-22 10:30:00'", 0,
+                 login + slow + hand},
+                {"log view day.log --grep login", 0, login},
+                {"log view day.log --grep " + kGbk, 0, slow},
+                {"log view day.log --max 2", 0, boot + login},
+                {"log view day.log --raw --level WARN --max 1", 0,
+                 "2026-11-22 10:30:00 WARN  net slow " + kGbk + "\n"}},
+               dir.Path());
 }
 
 TEST(LogViewTool, ReadsWhatTheLoggerWroteAndSurvivesDamage) {
@@ -129,39 +116,21 @@ TEST(LogViewTool, JsonIsStrictAndTyped) {
     JsonFree(bad);
 }
 
-TEST(LogViewTool, FolderIsReadInDateOrder) {
+TEST(LogViewTool, FolderInDateOrderUsageAndFailures) {
     TempDir dir;
+    ExpectRuns({{"log view", 1, "", "debug"},
+                {"log view missing.log", 1, "", "missing.log"},
+                {"log view --level LOUD", 2, "", "unknown level"},
+                {"log view --since yesterday", 2, "", "YYYY-MM-DD"},
+                {"log view --max x", 2, "", "count"},
+                {"log view --colour", 2, "", "unknown option"}},
+               dir.Path());
     dir.Write("debug/2026_11_10_x64.log", Line("2026-11-10 08:00:00", "INFO", "tenth", "c"));
     dir.Write("debug/2026_11_9_x64.log", Line("2026-11-09 08:00:00", "INFO", "ninth", "c"));
     dir.Write("debug/notes.txt", "not a log\n");
-    const auto run = RunPind({"log", "view"}, "", dir.Path());
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out, "2026-11-09 08:00:00 INFO  c ninth\n2026-11-10 08:00:00 INFO  c tenth\n");
-}
-
-TEST(LogViewTool, UsageAndFailures) {
-    struct Case {
-        std::vector<std::string> args;
-        int status;
-        const char* err;
-    };
-    const std::vector<Case> cases = {
-        {{"log", "view", "--level", "LOUD"}, 2, "unknown level"},
-        {{"log", "view", "--since", "yesterday"}, 2, "YYYY-MM-DD"},
-        {{"log", "view", "--since", "-5w"}, 2, "YYYY-MM-DD"},
-        {{"log", "view", "--until", "2026-13-01"}, 2, "YYYY-MM-DD"},
-        {{"log", "view", "--max", "x"}, 2, "count"},
-        {{"log", "view", "--colour"}, 2, "unknown option"},
-        {{"log", "view", "missing.log"}, 1, "missing.log"},
-        {{"log", "view"}, 1, "debug"},
-        {{"log", "view", "--help"}, 0, ""},
-    };
-    TempDir dir;
-    for (const Case& c : cases) {
-        const auto run = RunPind(c.args, "", dir.Path());
-        EXPECT_EQ(run.status, c.status) << c.args.back();
-        EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
-    }
+    ExpectRuns(
+        {{"log view", 0, "2026-11-09 08:00:00 INFO  c ninth\n2026-11-10 08:00:00 INFO  c tenth\n"}},
+        dir.Path());
 }
 
 // Waits until the file `name` in `dir` holds at least `lines` lines; false after ten seconds.
@@ -187,8 +156,7 @@ TEST(LogViewTool, FollowReadsAppendedLinesAndTheNextDay) {
         }
     };
     auto tool = std::async(std::launch::async, [&] {
-        return RunPindTo(out.File("stdout"), {"log", "view", "--follow", "--max", "4"}, "",
-                         dir.Path());
+        return RunPind(Words("log view --follow --max 4"), "", dir.Path(), {}, out.File("stdout"));
     });
     const Release release{dir};
     ASSERT_TRUE(WaitForLines(out, "stdout", 1));

@@ -33,7 +33,6 @@ TEST(PindTool, VersionIsTheOneTheBuildWasMadeWith) {
     const std::string expected = std::to_string(PIND_VERSION_MAJOR) + "." +
                                  std::to_string(PIND_VERSION_MINOR) + "." +
                                  std::to_string(PIND_VERSION_PATCH);
-    EXPECT_EQ(expected, PIND_VERSION_STRING);
     EXPECT_EQ(pind::Version(), expected);
     const auto run = RunPind({"--version"});
     EXPECT_EQ(run.status, 0);
@@ -71,39 +70,21 @@ TEST(PindTool, AFullDiskIsAFailureWithAMessage) {
     TempDir dir;
     dir.Write("a.ini", "[s]\nk=v\n");
     dir.Write("pack/a.txt", "bytes");
-    struct Case {
-        std::vector<std::string> args;
-        std::string input;
-    };
-    const std::vector<Case> cases = {
-        {{"ini", "show", "a.ini"}, ""},
-        {{"pack", "ls", "--dir", "pack"}, ""},
-        {{"pack", "cat", "--dir", "pack", "a.txt"}, ""},
-        {{"crypt", "0701030905020406"}, "plain text"},
-        {{"demo"}, ""},
-        {{"ini", "--help"}, ""},
-        {{"--help"}, ""},
-        {{"--version"}, ""},
-    };
-    for (const Case& c : cases) {
-        const auto run = RunPindTo("/dev/full", c.args, c.input, dir.Path());
-        EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args.back();
-        EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos)
-            << c.args[0] << ": " << run.err;
+    for (const char* args :
+         {"ini show a.ini", "pack ls --dir pack", "pack cat --dir pack a.txt",
+          "crypt 0701030905020406", "demo", "ini --help", "--help", "--version"}) {
+        const auto run = RunPind(Words(args), "plain text", dir.Path(), {}, "/dev/full");
+        EXPECT_EQ(run.status, 1) << args;
+        EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos) << run.err;
     }
 }
 
 TEST(PindTool, DemoFindsTheDataBesideItselfAndRefusesOtherData) {
     TempDir dir;
-    auto run = RunPind({"demo"}, "", dir.Path());
+    const auto run = RunPind({"demo"}, "", dir.Path());
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("demo finished"), std::string::npos);
-    EXPECT_EQ(run.err, "");
-
-    run = RunPind({"demo", "--data", dir.Path()});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_NE(run.err.find("no sample data there"), std::string::npos) << run.err;
+    ExpectRuns({{"demo --data " + dir.Path(), 1, "", "no sample data there"}});
 }
 
 TEST(PindTool, CryptRoundTripsThroughStandardStreams) {

@@ -1,8 +1,9 @@
 #include "tool/RunTool.h"
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <cstdlib>
 
 #include "support/TempDir.h"
@@ -19,8 +20,11 @@ std::string Quote(const std::string& word) {
     return quoted + "'";
 }
 
-ToolRun Run(const std::vector<std::string>& args, const std::string& input, const std::string& cwd,
-            const std::vector<std::string>& env, const std::string& stdoutPath) {
+}  // namespace
+
+ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
+                const std::string& cwd, const std::vector<std::string>& env,
+                const std::string& stdoutPath) {
     TempDir io;
     const std::string in = io.Write("stdin", input);
     std::string command;
@@ -47,16 +51,31 @@ ToolRun Run(const std::vector<std::string>& args, const std::string& input, cons
     return run;
 }
 
-}  // namespace
-
-ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
-                const std::string& cwd, const std::vector<std::string>& env) {
-    return Run(args, input, cwd, env, std::string());
+std::vector<std::string> Words(const std::string& line) {
+    std::vector<std::string> words;
+    for (size_t i = line.find_first_not_of(' '); i < line.size();
+         i = line.find_first_not_of(' ', i)) {
+        const bool quoted = line[i] == '\'';
+        const size_t end = std::min(line.find(quoted ? '\'' : ' ', i + 1), line.size());
+        words.push_back(line.substr(i + quoted, end - i - quoted));
+        i = end + quoted;
+    }
+    return words;
 }
 
-ToolRun RunPindTo(const std::string& stdoutPath, const std::vector<std::string>& args,
-                  const std::string& input, const std::string& cwd) {
-    return Run(args, input, cwd, {}, stdoutPath);
+void ExpectRuns(const std::vector<ToolCase>& cases, const std::string& cwd,
+                const std::vector<std::string>& env) {
+    for (const ToolCase& c : cases) {
+        const ToolRun run = RunPind(Words(c.args), c.input, cwd, env);
+        SCOPED_TRACE("pind " + c.args);
+        EXPECT_EQ(run.status, c.status);
+        EXPECT_EQ(run.out, c.out);
+        if (c.err.empty()) {
+            EXPECT_EQ(run.err, "");
+        } else {
+            EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
+        }
+    }
 }
 
 }  // namespace pind::test
