@@ -98,14 +98,9 @@ TEST_F(LoggerTest, CategoriesGateRecordsThatNameThem) {
     factory->AddCategoryName("gate-named", "gate-name-a");
     factory->AddCategoryName("categories", "never-enabled");
     _log::ILogger* logger = NewLogger("categories");
-    auto logCate = [&](const char* cate) {
-        const size_t before = Calls();
-        logger->Log(_log::LOG_INFO, cate, {{"cate", LogValue(cate)}});
-        return Calls() - before;
-    };
-    EXPECT_EQ(logCate("gate-named"), 0u);
+    logger->Log(_log::LOG_INFO, "dropped", {{"cate", LogValue("gate-named")}});
     factory->EnableName("gate-name-a");
-    EXPECT_EQ(logCate("gate-named"), 1u);
+    logger->Log(_log::LOG_INFO, "kept", {{"cate", LogValue("gate-named")}});
     // The logger's own name is the category only for printing, never for the check.
     logger->Log(_log::LOG_INFO, "implicit");
     EXPECT_EQ(Calls(), 2u);
@@ -204,12 +199,11 @@ TEST_F(LoggerWriterTest, LevelFilterAndDestinations) {
     _log::CLoggerWriterDirctToFile writer(m_config);
     Write(writer, _log::LOG_INFO, "below");
     Write(writer, -1, "negative");
-    EXPECT_EQ(Calls(), 0u);
     Write(writer, _log::LOG_ERROR, "callback only", /*bToFile=*/false, /*bToCallback=*/true);
-    EXPECT_EQ(Calls(), 1u);
     EXPECT_FALSE(std::filesystem::exists("debug"));
     Write(writer, _log::LOG_FATAL, "file only", /*bToFile=*/true, /*bToCallback=*/false);
-    EXPECT_EQ(Calls(), 1u);
+    ASSERT_EQ(Calls(), 1u);
+    EXPECT_EQ(m_callback.Entries()[0].first, 4u);
     const auto lines = ReadLines(kDayFile);
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_NE(
@@ -226,15 +220,12 @@ TEST_F(LoggerWriterTest, NewLocalDateStartsANewFile) {
     for (const auto& [tz, nStartMs, first, second] : cases) {
         pind::test::ScopedTz scoped(tz);
         m_clock.SetUnixTimeMs(nStartMs);
-        const std::string msg = std::string("case ") + first;
-        Write(writer, _log::LOG_INFO, msg);
+        Write(writer, _log::LOG_INFO, tz);
         EXPECT_EQ(writer.LastPath(), first);
         m_clock.AdvanceMs(1000);
-        Write(writer, _log::LOG_INFO, msg);
+        Write(writer, _log::LOG_INFO, tz);  // the same text, but in another file
         EXPECT_EQ(writer.LastPath(), second);
-        const auto lines = ReadLines(second);
-        ASSERT_FALSE(lines.empty());
-        EXPECT_NE(lines.back().find("\"msg\": \"" + msg + "\""), std::string::npos) << tz;
+        EXPECT_EQ(ReadLines(second).size(), 1u) << tz;
     }
 }
 

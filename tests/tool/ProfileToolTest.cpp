@@ -48,44 +48,35 @@ TEST(ProfileTool, TraceAndOverlayOfTheScriptedScene) {
         dir.Path());
     const JsonDoc doc = ParseJson(dir.Read("profile/trace.json"));
     ASSERT_NE(doc, nullptr);
-    int frames = 0, scopes = 0;
+    int frames = 0;
     for (const JsonNode* e : TraceEvents(doc)) {
         frames += TraceText(e, "ph") == "i";
-        scopes += TraceText(e, "ph") == "X";
     }
     EXPECT_EQ(frames, 200);
-    EXPECT_GT(scopes, 200 * 8);
 
     const std::string svg = dir.Read("o.svg");
     EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
-    EXPECT_NE(svg.find("[CGame::Frame "), std::string::npos);
     EXPECT_NE(svg.find("\xe6\xb6\x88\xe8\x80\x97"), std::string::npos);  // the label in UTF-8
     EXPECT_NE(svg.find(">ClassifyTime[1] = "), std::string::npos);
 }
 
+// Without Graphviz on the path: the dot text in UTF-8, with a note on how to get it.
 TEST(ProfileTool, DotTakesTheLastGraph) {
     TempDir dir;
     dir.Write("report.log", kReport);
-    // Without Graphviz on the path: the dot text in UTF-8, with a note on how to get it.
     const std::string font = "\xe5\xbe\xae\xe8\xbd\xaf\xe9\x9b\x85\xe9\xbb\x91";
-    const auto text =
-        RunPind(Words("profile dot report.log"), "", dir.Path(), {"PATH=/nonexistent"});
-    ASSERT_EQ(text.status, 0) << text.err;
-    EXPECT_EQ(text.out, "digraph G {\n\tedge [fontname=\"" + font + "\"];\n\tnode [fontname=\"" +
-                            font +
+    const std::string dot = "digraph G {\n\tedge [fontname=\"" + font +
+                            "\"];\n\tnode [fontname=\"" + font +
                             "\" size=\"20,20\"];\n\tRoot -> CGame__Frame\n"
-                            "\tCGame__Frame -> CScene__Draw_2_\n}\n");
-    EXPECT_NE(text.err.find("install Graphviz"), std::string::npos);
-
-    const auto svg = RunPind(Words("profile dot report.log -o g.svg"), "", dir.Path());
-    ASSERT_EQ(svg.status, 0) << svg.err;
-    const std::string picture = dir.Read("g.svg");
-    if (svg.err.find("install Graphviz") == std::string::npos) {
-        EXPECT_NE(picture.find("<svg"), std::string::npos);
-        EXPECT_NE(picture.find("CScene__Draw_2_"), std::string::npos);
-    } else {
-        EXPECT_EQ(picture, text.out);
-    }
+                            "\tCGame__Frame -> CScene__Draw_2_\n}\n";
+    ExpectRuns({{"profile dot report.log", 0, dot, "install Graphviz"},
+                {"profile dot report.log -o g.svg", 0, "", "install Graphviz"}},
+               dir.Path(), {"PATH=/nonexistent"});
+    EXPECT_EQ(dir.Read("g.svg"), dot);
+    // With Graphviz, when this machine has it, a picture.
+    const auto run = RunPind(Words("profile dot report.log -o g.svg"), "", dir.Path());
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(dir.Read("g.svg").find(run.err.empty() ? "<svg" : "digraph"), std::string::npos);
 }
 
 }  // namespace

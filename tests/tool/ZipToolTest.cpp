@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "pind/files/ZipWriter.h"
@@ -33,42 +34,31 @@ std::string RelabelledArchive(const TempDir& dir, uint16_t method, uint16_t flag
 }
 
 TEST(ZipTool, EntriesThatAreNotPlainAreRefusedByName) {
-    struct Case {
-        uint16_t method;
-        uint16_t flags;
-        const char* why;
-    };
-    const Case cases[] = {
+    const std::tuple<uint16_t, uint16_t, const char*> cases[] = {
         {12, 0, "entry a.txt: compression method 12 (bzip2) is not supported"},
         {14, 0, "entry a.txt: compression method 14 (LZMA) is not supported"},
         {0, 1, "entry a.txt: encrypted entries are not supported"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [method, flags, why] : cases) {
         TempDir dir;
-        RelabelledArchive(dir, c.method, c.flags);
-        ExpectRuns({{"zip first odd.zip -o out", 1, "", c.why},
-                    {"pack cat --zip odd.zip a.txt", 1, "", c.why}},
+        RelabelledArchive(dir, method, flags);
+        ExpectRuns({{"zip first odd.zip -o out", 1, "", why},
+                    {"pack cat --zip odd.zip a.txt", 1, "", why}},
                    dir.Path());
-        EXPECT_EQ(dir.Read("out"), "") << c.why;
+        EXPECT_EQ(dir.Read("out"), "") << why;
     }
 }
 
 TEST(ZipTool, FirstEntriesThatGiveNothingSayWhatTheyAre) {
-    struct Case {
-        std::vector<ZipSource> entries;
-        int status;
-        const char* err;
-    };
-    const Case cases[] = {
+    const std::tuple<std::vector<ZipSource>, int, const char*> cases[] = {
         {{}, 1, "one with no entries"},
         {{{"d/", "", /*bDeflate=*/false}, {"d/a.txt", "a", true}}, 1, "first entry d/ is a folder"},
         {{{"empty.txt", "", /*bDeflate=*/true}}, 0, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& [entries, status, err] : cases) {
         TempDir dir;
-        ASSERT_TRUE(WriteZipArchive(dir.File("a.zip"), c.entries));
-        ExpectRuns({{"zip first a.zip -o out", c.status, c.status == 0 ? "0\n" : "", c.err}},
-                   dir.Path());
+        ASSERT_TRUE(WriteZipArchive(dir.File("a.zip"), entries));
+        ExpectRuns({{"zip first a.zip -o out", status, status == 0 ? "0\n" : "", err}}, dir.Path());
     }
 }
 
