@@ -3,15 +3,18 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
-#include "LogTestSupport.h"
 #include "pind/logging/LogLineParser.h"
+#include "pind/logging/Logger.h"
 #include "pind/logging/LoggerWriter.h"
 #include "pind/platform/Terminal.h"
+#include "support/FakeClock.h"
+#include "support/TempDir.h"
 
 namespace {
 
@@ -35,11 +38,9 @@ std::string Text(const LogAttributes& header, const LogRecord& record) {
     return s;
 }
 
-class LogRecordTest : public pind::test::LogTest {};
-
 // Every value kind with both printed forms; then all of them through the real writer, where
 // reading the file back gives the fields that were logged.
-TEST_F(LogRecordTest, ValueKindsPrintAndReadBack) {
+TEST(LogRecord, ValueKindsPrintAndReadBack) {
     struct Case {
         LogValue value;
         uint32_t nKind;
@@ -90,6 +91,11 @@ TEST_F(LogRecordTest, ValueKindsPrintAndReadBack) {
     const LogAttributes top = {{"cate", LogValue("combat")},
                                {"line", LogValue(uint32_t{120})},
                                {"k\"\t", LogValue::Empty()}};
+    pind::test::TempDir dir;
+    pind::test::ScopedCurrentDir cwd(dir.Path());
+    pind::test::FakeClock clock;  // 2024-05-07 01:03:12 UTC
+    pind::test::ScopedTz tz("UTC0");
+    _log::GetLoggerFactory()->SetLogFolder("debug");
     _log::LoggerConfig config;
     config.nMinLevel = _log::LOG_TRACE;
     config.strSource = "gate";
@@ -99,7 +105,9 @@ TEST_F(LogRecordTest, ValueKindsPrintAndReadBack) {
     writer.Write(_log::LOG_TRACE, LogRecord(0, "bare", {}, {}), true, false);
     writer.Write(_log::LOG_INFO, LogRecord(0, "ctx only", {context[1]}, {}), true, false);
 
-    const auto lines = pind::test::ReadLines(writer.LastPath());
+    std::ifstream file(writer.LastPath());
+    std::vector<std::string> lines;
+    for (std::string row; std::getline(file, row);) lines.push_back(row);
     ASSERT_EQ(lines.size(), 3u);
     _log::LogLine line;
     ASSERT_TRUE(_log::ParseLogLine(lines[0], &line)) << lines[0];

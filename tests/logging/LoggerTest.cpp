@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <mutex>
 #include <regex>
 #include <set>
 #include <string>
@@ -11,19 +13,71 @@
 #include <utility>
 #include <vector>
 
-#include "LogTestSupport.h"
 #include "pind/logging/Logger.h"
 #include "pind/logging/LoggerWriter.h"
+#include "support/FakeClock.h"
+#include "support/TempDir.h"
 
 namespace {
 
 using _log::LogAttributes;
 using _log::LogValue;
-using pind::test::ReadLines;
 
 const char kDayFile[] = "./debug/2024_5_7_x64.log";
 
-class LoggerTest : public pind::test::LogTest {};
+// Every line of a file, without its "\n"; empty when the file cannot be read. Read in text mode,
+// as the writer writes: on Windows its CR LF line ends come back as "\n".
+std::vector<std::string> ReadLines(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+// Runs each test in its own current folder, on a fake clock, in a fixed zone, with the
+// written-text memory cleared, and records what reaches the callback.
+class LoggerTest : public ::testing::Test, public _log::ILogCallback {
+protected:
+    LoggerTest() : m_cwd(m_dir.Path()), m_tz("UTC0") {
+        _log::GetLoggerFactory()->SetLogFolder("debug");
+        _log::GetLoggerFactory()->SetCallback(this);
+        pind::detail::ClearWrittenTexts();
+    }
+    ~LoggerTest() override { _log::GetLoggerFactory()->SetCallback(nullptr); }
+
+    void OnLog(uint32_t nLevel, const char* pszText) override {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_entries.emplace_back(nLevel, pszText);
+    }
+    std::vector<std::pair<uint32_t, std::string>> Entries() {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_entries;
+    }
+    size_t Calls() { return Entries().size(); }
+
+    /// A logger of the global factory under a name no other test uses.
+    _log::ILogger* NewLogger(const std::string& strName, uint32_t nMinLevel = _log::LOG_INFO,
+                             LogAttributes fixed = {}) {
+        _log::LoggerConfig config;
+        config.strName = strName;
+        config.nMinLevel = nMinLevel;
+        config.vecFixedAttrs = std::move(fixed);
+        return _log::GetLoggerFactory()->GetLogger(config);
+    }
+    void Write(_log::CLoggerWriterDirctToFile& writer, int32_t nLevel, const std::string& msg,
+               bool bToFile = true, bool bToCallback = true) {
+        writer.Write(nLevel, _log::LogRecord(writer.Config().nRecordKind, msg, {}, {}), bToFile,
+                     bToCallback);
+    }
+
+    pind::test::TempDir m_dir;
+    pind::test::ScopedCurrentDir m_cwd;
+    pind::test::FakeClock m_clock;  // 2024-05-07 01:03:12 UTC
+    pind::test::ScopedTz m_tz;
+    _log::LoggerConfig m_config;
+    std::mutex m_mutex;
+    std::vector<std::pair<uint32_t, std::string>> m_entries;
+};
 
 TEST_F(LoggerTest, DefaultLoggerWritesTheExampleLine) {
     pind::test::ScopedTz tz("CST-8");
@@ -33,7 +87,7 @@ TEST_F(LoggerTest, DefaultLoggerWritesTheExampleLine) {
         "{ \"logtime\": \"2024-5-7 1:3:12 +0800\", \"ts\": 1715043792000, \"level\": \"INFO\", "
         "\"src\": \"\", \"msg\": \"login ok\", \"cate\": \"DEFAULT\", \"attr\": { \"c\": {\"uid\": "
         "42} } }";
-    EXPECT_EQ(m_callback.Entries(), (std::vector<std::pair<uint32_t, std::string>>{{2u, want}}));
+    EXPECT_EQ(Entries(), (std::vector<std::pair<uint32_t, std::string>>{{2u, want}}));
     EXPECT_EQ(ReadLines(kDayFile), std::vector<std::string>{"2024-05-07 09:03:12 " + want + " "});
 }
 
@@ -44,7 +98,7 @@ TEST_F(LoggerTest, SameNameGivesTheSameLoggerAndSetLevelChangesNothing) {
     logger->Log(_log::LOG_WARN, "warn kept");
     logger->SetLevel(_log::LOG_TRACE);
     logger->Log(_log::LOG_INFO, "still dropped");
-    const auto entries = m_callback.Entries();
+    const auto entries = Entries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].first, 3u);
     EXPECT_NE(entries[0].second.find("\"msg\": \"warn kept\""), std::string::npos);
@@ -82,7 +136,7 @@ TEST_F(LoggerTest, AttributesAreSortedIntoTopLevelAndContext) {
     logger->SetAttribute({"shard", LogValue("s1")});
     logger->Log(_log::LOG_INFO, "o");
     std::vector<std::string> tails;
-    for (const auto& e : m_callback.Entries()) {
+    for (const auto& e : Entries()) {
         tails.push_back(e.second.substr(e.second.find("\"msg\"")));
     }
     EXPECT_EQ(tails, (std::vector<std::string>{
@@ -169,17 +223,7 @@ TEST(LoggerConfig, ModuleNameCut) {
     EXPECT_EQ(_log::LoggerConfig().strModule, "pind_logging_tests");
 }
 
-class LoggerWriterTest : public pind::test::LogTest {
-protected:
-    void Write(_log::CLoggerWriterDirctToFile& writer, int32_t nLevel, const std::string& msg,
-               bool bToFile = true, bool bToCallback = true) {
-        writer.Write(nLevel, _log::LogRecord(writer.Config().nRecordKind, msg, {}, {}), bToFile,
-                     bToCallback);
-    }
-    _log::LoggerConfig m_config;
-};
-
-TEST_F(LoggerWriterTest, SameTextIsWrittenOncePerSecond) {
+TEST_F(LoggerTest, SameTextIsWrittenOncePerSecond) {
     _log::CLoggerWriterDirctToFile writer(m_config);
     for (int64_t stepMs : {0, 0, 999, 1}) {  // the last step reaches 01:03:13
         m_clock.AdvanceMs(stepMs);
@@ -193,7 +237,7 @@ TEST_F(LoggerWriterTest, SameTextIsWrittenOncePerSecond) {
     EXPECT_NE(lines[1].find("\"ts\": 1715043793000,"), std::string::npos);
 }
 
-TEST_F(LoggerWriterTest, LevelFilterAndDestinations) {
+TEST_F(LoggerTest, LevelFilterAndDestinations) {
     m_config.nMinLevel = _log::LOG_WARN;
     m_config.strSource = "gate\"1";
     _log::CLoggerWriterDirctToFile writer(m_config);
@@ -203,7 +247,7 @@ TEST_F(LoggerWriterTest, LevelFilterAndDestinations) {
     EXPECT_FALSE(std::filesystem::exists("debug"));
     Write(writer, _log::LOG_FATAL, "file only", /*bToFile=*/true, /*bToCallback=*/false);
     ASSERT_EQ(Calls(), 1u);
-    EXPECT_EQ(m_callback.Entries()[0].first, 4u);
+    EXPECT_EQ(Entries()[0].first, 4u);
     const auto lines = ReadLines(kDayFile);
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_NE(
@@ -211,7 +255,7 @@ TEST_F(LoggerWriterTest, LevelFilterAndDestinations) {
         std::string::npos);  // "%s \n": every line ends in a blank
 }
 
-TEST_F(LoggerWriterTest, NewLocalDateStartsANewFile) {
+TEST_F(LoggerTest, NewLocalDateStartsANewFile) {
     const std::tuple<const char*, int64_t, const char*, const char*> cases[] = {
         // 2024-05-07 15:59:59 UTC is 23:59:59 in UTC+8.
         {"CST-8", 1715097599000, "./debug/2024_5_7_x64.log", "./debug/2024_5_8_x64.log"},
@@ -229,19 +273,18 @@ TEST_F(LoggerWriterTest, NewLocalDateStartsANewFile) {
     }
 }
 
-TEST_F(LoggerWriterTest, PlainRecordsAreEmptyTextsWrittenOnce) {
+TEST_F(LoggerTest, PlainRecordsAreEmptyTextsWrittenOnce) {
     m_config.nRecordKind = 1;
     m_config.strFileSuffix = ".txt";
     _log::CLoggerWriterDirctToFile writer(m_config);
     Write(writer, _log::LOG_INFO, "first");
     m_clock.AdvanceMs(5000);
     Write(writer, _log::LOG_INFO, "second");
-    EXPECT_EQ(m_callback.Entries(),
-              (std::vector<std::pair<uint32_t, std::string>>{{2, ""}, {2, ""}}));
+    EXPECT_EQ(Entries(), (std::vector<std::pair<uint32_t, std::string>>{{2, ""}, {2, ""}}));
     EXPECT_EQ(ReadLines("./debug/2024_5_7.txt"), std::vector<std::string>{"2024-05-07 01:03:12  "});
 }
 
-TEST_F(LoggerWriterTest, FileLineIsTheCallbackTextWhateverItsLength) {
+TEST_F(LoggerTest, FileLineIsTheCallbackTextWhateverItsLength) {
     _log::CLoggerWriterDirctToFile writer(m_config);
     const std::string longMsg(10000, 'x');  // longer than any stdio buffer
     const std::string msg = "cut";
@@ -250,7 +293,7 @@ TEST_F(LoggerWriterTest, FileLineIsTheCallbackTextWhateverItsLength) {
     writer.Write(_log::LOG_INFO,
                  _log::LogRecord(0, msg, {{"r", LogValue::Raw(std::string("a\0b", 3))}}, {}), true,
                  true);
-    const auto entries = m_callback.Entries();
+    const auto entries = Entries();
     ASSERT_EQ(entries.size(), 2u);
     EXPECT_EQ(entries[1].second.substr(entries[1].second.size() - 6), "\"r\": a");
     EXPECT_EQ(ReadLines(kDayFile),
@@ -258,7 +301,7 @@ TEST_F(LoggerWriterTest, FileLineIsTheCallbackTextWhateverItsLength) {
                                         "2024-05-07 01:03:12 " + entries[1].second + " "}));
 }
 
-TEST_F(LoggerWriterTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks) {
+TEST_F(LoggerTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks) {
     m_dir.Write("blocked", "a file where a folder should be");
     m_dir.Write("taken/keep", "");
     std::filesystem::create_directories("taken/2024_5_7_x64.log");  // a folder with the file's name
@@ -283,7 +326,7 @@ TEST_F(LoggerWriterTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks
 }
 
 // Two loggers of each of four threads write distinct records into one daily file at once.
-TEST_F(LoggerWriterTest, ConcurrentLoggersKeepEveryLineWhole) {
+TEST_F(LoggerTest, ConcurrentLoggersKeepEveryLineWhole) {
     constexpr int kThreads = 4, kLoggers = 2, kRecords = 2000;
     _log::ILogger* loggers[kLoggers] = {NewLogger("concurrent-a"), NewLogger("concurrent-b")};
     std::vector<std::thread> threads;
