@@ -1,43 +1,31 @@
 // `pind curve`: the exact output other tools script, the routines' messages and exits passed
 // through untouched, input and argument errors, and the SVG picture.
-#include <gtest/gtest.h>
 
-#include <string>
-
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {
 namespace {
 
-// Byte for byte: stdout, and stderr exactly as the library wrote it (the tool adds nothing, and
-// the library's own exits end the run).
+// Byte for byte: stdout, and stderr as the library wrote it (the library's own exits end the run).
 TEST(CurveTool, PrintsExactlyThis) {
-    const ToolCase cases[] = {
-        {"curve pchip --at 2.5 --at -1 --at 0.1", 0,
-         "0 0 1.5\n1 1 0\n2 1 0\n3 2 1.5\n"
-         "2.5 1.3125\n-1 -1\n0.10000000000000001 0.14950000000000002\n",
-         "", "0 0\n\n1 1\r\n  \t\n2\t1\n3 2\n"},
-        // A weighted line: the last b keeps its undivided sum.
-        {"curve fit --terms 2 --at 1.5", 0,
-         "b 1.3999999999999999 8.7200000000000024\nc 0 0\n"
-         "d 1 0.57692307692307698\n1.5 1.0576923076923077\n",
-         "", "0 0\n1 1 2\n2 1\n3 2\n"},
-        {"curve pchip --at nan --at 1e999", 0, "0 nan 0\n1 inf 0\n2 2 0\nnan nan\ninf -nan\n", "",
-         "0 nan\n1 inf\n2 2\n"},
-        {"curve pchip --at 1", 253, "",
-         "\nSPLINE_PCHIP_SET - Fatal error!\n  X array not strictly increasing.\n",
-         "0 0\n2 1\n1 1\n"},
-        {"curve fit --terms 2 --at 3", 0, "b 0 0\nc 0 0\nd 0 0\n3 0\n",
-         "\nLEAST_SET - Fatal error!\n  The number of distinct X values must be\n"
-         "  at least NTERMS = 2\n  but the input data has only 1\n  distinct entries.\n",
-         "1 1\n1 2\n"}};
-    for (const ToolCase& c : cases) {
-        const auto run = RunPind(Words(c.args), c.input);
-        EXPECT_EQ(run.status, c.status) << c.args;
-        EXPECT_EQ(run.out, c.out) << c.args;
-        EXPECT_EQ(run.err, c.err) << c.args;
-    }
+    ExpectRuns({{"curve pchip --at 2.5 --at -1 --at 0.1", 0,
+                 "0 0 1.5\n1 1 0\n2 1 0\n3 2 1.5\n"
+                 "2.5 1.3125\n-1 -1\n0.10000000000000001 0.14950000000000002\n",
+                 "", "0 0\n\n1 1\r\n  \t\n2\t1\n3 2\n"},
+                // A weighted line: the last b keeps its undivided sum.
+                {"curve fit --terms 2 --at 1.5", 0,
+                 "b 1.3999999999999999 8.7200000000000024\nc 0 0\n"
+                 "d 1 0.57692307692307698\n1.5 1.0576923076923077\n",
+                 "", "0 0\n1 1 2\n2 1\n3 2\n"},
+                {"curve pchip --at nan --at 1e999", 0,
+                 "0 nan 0\n1 inf 0\n2 2 0\nnan nan\ninf -nan\n", "", "0 nan\n1 inf\n2 2\n"},
+                {"curve pchip --at 1", 253, "",
+                 "\nSPLINE_PCHIP_SET - Fatal error!\n  X array not strictly increasing.\n",
+                 "0 0\n2 1\n1 1\n"},
+                {"curve fit --terms 2 --at 3", 0, "b 0 0\nc 0 0\nd 0 0\n3 0\n",
+                 "\nLEAST_SET - Fatal error!\n  The number of distinct X values must be\n"
+                 "  at least NTERMS = 2\n  but the input data has only 1\n  distinct entries.\n",
+                 "1 1\n1 2\n"}});
 }
 
 TEST(CurveTool, BadInputIsAUsageErrorWithNothingPrinted) {

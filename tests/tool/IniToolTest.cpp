@@ -1,10 +1,7 @@
 // `pind ini`: a failed scramble or set leaves the user's file as it was; show fails loudly.
-#include <gtest/gtest.h>
 
 #include <filesystem>
-#include <string>
 
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

@@ -1,9 +1,5 @@
 // `pind json check|fmt` on the built program: exit statuses, the located message, the output.
-#include <gtest/gtest.h>
 
-#include <string>
-
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

@@ -1,11 +1,8 @@
 // `pind log`: success only when the line is in the file; every other outcome says why.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <string>
 
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

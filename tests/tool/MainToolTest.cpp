@@ -1,13 +1,9 @@
 // The conventions every pind command shares, checked on the built program for each command that
 // `pind --help` lists.
-#include <gtest/gtest.h>
 
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "pind/Version.h"
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

@@ -1,11 +1,8 @@
 // `pind pack ls --dir`: everything readable is listed, the rest is reported, and then it fails.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <string>
 
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

@@ -1,7 +1,4 @@
 // `pind printf`: the byte-exact output other tools script against, and its usage errors.
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "tool/RunTool.h"
 

@@ -1,12 +1,7 @@
 // `pind profile`: the scripted scene's trace and overlay files, the call graph out of a report with
 // and without Graphviz, and the failures when nothing can be written.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "profile/TraceJson.h"
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

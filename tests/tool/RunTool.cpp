@@ -1,12 +1,9 @@
 #include "tool/RunTool.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdlib>
-
-#include "support/TempDir.h"
 
 namespace pind::test {
 namespace {

@@ -1,14 +1,18 @@
-// Runs the built `pind` program and captures what it did, for tests of the tool's contracts.
+// Runs the built `pind` program and captures what it did, for tests of the tool's contracts; brings
+// in what every tool test uses (GoogleTest, TempDir).
 //   ToolRun r = RunPind({"time", "--server", "0", "NowHHMM"}); EXPECT_EQ(r.out, "0\n");
 #ifndef PIND_TESTS_TOOL_RUNTOOL_H_
 #define PIND_TESTS_TOOL_RUNTOOL_H_
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <ctime>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/TempDir.h"
 
 namespace pind::test {
 

@@ -1,9 +1,5 @@
 // `pind time`: the option and number rules other tools script against, and a few checks end to
 // end (the checks themselves are covered by the time tests).
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "tool/RunTool.h"
 

@@ -1,10 +1,6 @@
 // `pind xml check` and `pind xml fmt` as scripts use them: exact stdout, exit statuses, and what
 // happens to OUT when loading or saving fails.
-#include <gtest/gtest.h>
 
-#include <string>
-
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {

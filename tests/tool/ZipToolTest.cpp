@@ -1,14 +1,10 @@
 // `pind zip first` and `pind pack cat --zip` on archives they cannot serve as plain bytes: entries
 // compressed with another method or encrypted are refused by name, and Zip64 sizes are honoured.
-#include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "pind/files/ZipWriter.h"
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {
