@@ -124,22 +124,6 @@ TEST(Component, RemovalAddParentAndCopiesAreOneSided) {
     c.RemoveParent(&p);
 }
 
-TEST(PindClient, DefaultIsMadeOnceAndPassesDefaultsAndTheCallersDataThrough) {
-    SetClient(nullptr);
-    IPindClient* c = GetClient();
-    EXPECT_EQ(GetClient(), c);  // created once
-    EXPECT_EQ(c->OpenFile("ini/a.ini", "r", true), nullptr);
-    std::string path = "data/x.lua";
-    c->TranslatePath("data/x.lua", path);
-    EXPECT_EQ(path, "data/x.lua");  // the caller's path stays as it is
-    EXPECT_EQ(c->Host12("s", "k", -77), -77);
-    EXPECT_EQ(c->Host19(), 128);
-    char line[256] = "unchanged";
-    c->GetDescription(line);
-    EXPECT_STREQ(line, "unchanged");
-    SetClient(nullptr);
-}
-
 // A host's own object, even one derived from the default, has a type of its own.
 struct OtherHost : IPindClientNone {
     int answers = 0;

@@ -173,8 +173,7 @@ TEST(LoggerFactoryCategories, EnabledRules) {
         {{"n"}, {}, {}, {}, false},
         {{"n", "o"}, {}, {"a", "o"}, {}, true},
         {{}, {5}, {}, {5}, true},
-        {{}, {5}, {"5"}, {}, false},  // ids are not names
-        {{"n"}, {5}, {}, {5}, true},
+        {{}, {5}, {"5"}, {}, false},    // ids are not names
         {{"N"}, {}, {"n"}, {}, false},  // names compare bytewise
     };
     for (const Case& c : cases) {
@@ -186,30 +185,6 @@ TEST(LoggerFactoryCategories, EnabledRules) {
         EXPECT_EQ(factory.IsCategoryEnabled("c"), c.bWant) << &c - cases;
         EXPECT_TRUE(factory.IsCategoryEnabled("other")) << &c - cases;
     }
-}
-
-TEST(LoggerFactoryConfig, AttributesReachTheDefaultLogger) {
-    _log::CLoggerFactory factory;  // owns only its default logger
-    factory.SetAttribute({"a", LogValue(1)});
-    auto* logger = dynamic_cast<_log::CLogger*>(factory.GetDefaultLogger());
-    ASSERT_NE(logger, nullptr);
-    auto fixed = [&] {
-        std::string s;
-        for (const auto& a : logger->Config().vecFixedAttrs) {
-            s += a.strKey + "=";
-            a.value.AppendPlain(&s);
-            s += ";";
-        }
-        return s;
-    };
-    EXPECT_EQ(fixed(), "a=1;");
-    factory.SetAttribute({"a", LogValue(2)});
-    factory.SetAttribute({"b", LogValue("x")});
-    EXPECT_EQ(fixed(), "a=2;b=x;");
-    _log::LoggerConfig config;
-    config.vecFixedAttrs = {{"b", LogValue("y")}, {"c", LogValue(true)}};
-    factory.SetConfig(config);
-    EXPECT_EQ(fixed(), "a=2;b=y;c=true;");
 }
 
 TEST(LoggerConfig, ModuleNameCut) {
