@@ -2,8 +2,9 @@
 
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cstdlib>
+#include <iomanip>
+#include <sstream>
 
 namespace pind::test {
 namespace {
@@ -49,14 +50,9 @@ ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
 }
 
 std::vector<std::string> Words(const std::string& line) {
+    std::istringstream in(line);
     std::vector<std::string> words;
-    for (size_t i = line.find_first_not_of(' '); i < line.size();
-         i = line.find_first_not_of(' ', i)) {
-        const bool quoted = line[i] == '\'';
-        const size_t end = std::min(line.find(quoted ? '\'' : ' ', i + 1), line.size());
-        words.push_back(line.substr(i + quoted, end - i - quoted));
-        i = end + quoted;
-    }
+    for (std::string word; in >> std::quoted(word, '\'', '\x7f');) words.push_back(word);
     return words;
 }
 

@@ -31,7 +31,7 @@ ToolRun RunPind(const std::vector<std::string>& args, const std::string& input =
                 const std::vector<std::string>& env = std::vector<std::string>(),
                 const std::string& stdoutPath = std::string());
 
-/// The words of `line`, split at blanks; a word in single quotes keeps its blanks ('' is empty).
+/// The words of `line`, split at white space; a word in single quotes keeps it ('' is empty).
 std::vector<std::string> Words(const std::string& line);
 
 /// One row of a command's table: its arguments as Words, then what the run must give.

@@ -27,7 +27,6 @@ TEST(TextTool, RunsEachFunctionAndRejectsBadTablesAndUsage) {
                                    {"text --table t.json --fn print @@1", 2, "", usage},
                                    {"text --table t.json --fn format --cap 3 @@1", 2, "", usage},
                                    {"text --table t.json --cap 0 @@1", 2, "", usage},
-                                   {"text --table t.json --bogus @@1", 2, "", usage},
                                    {"text --table missing.json @@1", 1, "", "pind: text: "}};
     // Tables that are not an object of decimal ids and strings.
     for (const char* bad : {"{\"1\": \"a\",}", R"(["x"])", R"({"01": "a"})", R"({"-1": "a"})",

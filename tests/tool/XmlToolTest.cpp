@@ -30,7 +30,6 @@ TEST(PindXml, CheckAndFmt) {
                 {"xml lint a.xml", 2, "", "usage: pind xml"},
                 {"xml check a.xml -o b.xml", 2, "", "usage: pind xml"},
                 {"xml fmt a.xml", 2, "", "usage: pind xml"},
-                {"xml fmt -x a.xml -o b.xml", 2, "", "usage: pind xml"},
                 {"xml fmt in.xml -o no/dir/out.xml", 1,
                  "Failed to ceate XML file\n'Failed to ceate XML file' ,  file='no/dir/out.xml' ,  "
                  "line=2 ,  col=24\n"},
