@@ -29,7 +29,7 @@ ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
     if (!cwd.empty()) {
         command += "cd " + Quote(cwd) + " && ";
     }
-    command += "env";
+    command += "timeout 60 env";  // a tool that hangs fails its test instead of stopping the run
     for (const std::string& e : env) {
         command += " " + Quote(e);
     }

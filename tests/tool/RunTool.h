@@ -25,7 +25,7 @@ struct ToolRun {
 /// Runs PIND_TOOL_PATH with `args` (each passed as one argument, bytes as they are), `input` on
 /// stdin, in the folder `cwd` (the current one when empty), with `env` ("NAME=value" entries)
 /// added to the environment, and stdout sent to `stdoutPath` when one is given (`out` then stays
-/// empty). POSIX shells only; the tool tests run on Linux.
+/// empty). A run is stopped after a minute. POSIX shells only; the tool tests run on Linux.
 ToolRun RunPind(const std::vector<std::string>& args, const std::string& input = std::string(),
                 const std::string& cwd = std::string(),
                 const std::vector<std::string>& env = std::vector<std::string>(),
