@@ -7,7 +7,7 @@ namespace pind::test {
 namespace {
 
 // Byte for byte: stdout, and stderr as the library wrote it (the library's own exits end the run).
-TEST(CurveTool, PrintsExactlyThis) {
+TEST(CurveTool, PrintsExactlyThisOrAUsageError) {
     ExpectRuns({{"curve pchip --at 2.5 --at -1 --at 0.1", 0,
                  "0 0 1.5\n1 1 0\n2 1 0\n3 2 1.5\n"
                  "2.5 1.3125\n-1 -1\n0.10000000000000001 0.14950000000000002\n",
@@ -25,11 +25,9 @@ TEST(CurveTool, PrintsExactlyThis) {
                 {"curve fit --terms 2 --at 3", 0, "b 0 0\nc 0 0\nd 0 0\n3 0\n",
                  "\nLEAST_SET - Fatal error!\n  The number of distinct X values must be\n"
                  "  at least NTERMS = 2\n  but the input data has only 1\n  distinct entries.\n",
-                 "1 1\n1 2\n"}});
-}
-
-TEST(CurveTool, BadInputIsAUsageErrorWithNothingPrinted) {
-    ExpectRuns({{"curve pchip", 2, "", "pind: curve: line 2: expected", "0 0\n5\n"},
+                 "1 1\n1 2\n"},
+                // Bad input is a usage error with nothing printed.
+                {"curve pchip", 2, "", "pind: curve: line 2: expected", "0 0\n5\n"},
                 {"curve pchip", 2, "", "pind: curve: line 3: not a number", "\n\n1,2 3\n"},
                 {"curve spline", 2, "", "pind: curve: unknown mode"},
                 {"curve fit", 2, "", "pind: curve: fit needs --terms"},

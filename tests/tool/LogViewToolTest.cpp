@@ -26,13 +26,20 @@ std::string Line(const std::string& time, const std::string& level, const std::s
 const std::string kGbk = "\xb5\xc7\xc2\xbc";           // 登录 in GBK
 const std::string kUtf8 = "\xe7\x99\xbb\xe5\xbd\x95";  // the same in UTF-8
 
-TEST(LogViewTool, FiltersAndTextForm) {
+TEST(LogViewTool, FiltersTextFormFoldersAndFailures) {
     const std::string boot = "2026-11-22 09:00:00 DEBUG DEFAULT boot\n";
     const std::string login = "2026-11-22 10:00:00 INFO  net login ok uid=42\n";
     const std::string slow = "2026-11-22 10:30:00 WARN  net slow " + kUtf8 + "\n";
     const std::string hand = "?? hand edit\n";
     const std::string crash = "2026-11-22 11:00:00 ERROR ui crash\\t1\n";
     TempDir dir;
+    ExpectRuns({{"log view", 1, "", "debug"},
+                {"log view missing.log", 1, "", "missing.log"},
+                {"log view --level LOUD", 2, "", "unknown level"},
+                {"log view --since yesterday", 2, "", "YYYY-MM-DD"},
+                {"log view --max x", 2, "", "count"},
+                {"log view --colour", 2, "", "unknown option"}},
+               dir.Path());
     dir.Write("day.log", Line("2026-11-22 09:00:00", "DEBUG", "boot", "DEFAULT") +
                              Line("2026-11-22 10:00:00", "INFO", "login ok", "net", "\"uid\": 42") +
                              Line("2026-11-22 10:30:00", "WARN", "slow " + kGbk, "net") +
@@ -48,6 +55,13 @@ TEST(LogViewTool, FiltersAndTextForm) {
                 {"log view day.log --raw --level WARN --max 1", 0,
                  "2026-11-22 10:30:00 WARN  net slow " + kGbk + "\n"}},
                dir.Path());
+    // With no file named, the day files of ./debug in date order.
+    dir.Write("debug/2026_11_10_x64.log", Line("2026-11-10 08:00:00", "INFO", "tenth", "c"));
+    dir.Write("debug/2026_11_9_x64.log", Line("2026-11-09 08:00:00", "INFO", "ninth", "c"));
+    dir.Write("debug/notes.txt", "not a log\n");
+    ExpectRuns(
+        {{"log view", 0, "2026-11-09 08:00:00 INFO  c ninth\n2026-11-10 08:00:00 INFO  c tenth\n"}},
+        dir.Path());
 }
 
 TEST(LogViewTool, ReadsWhatTheLoggerWroteAndSurvivesDamage) {
@@ -90,23 +104,6 @@ TEST(LogViewTool, JsonIsStrictAndTyped) {
         EXPECT_NE(parsed, nullptr) << line;
         JsonFree(parsed);
     }
-}
-
-TEST(LogViewTool, FolderInDateOrderUsageAndFailures) {
-    TempDir dir;
-    ExpectRuns({{"log view", 1, "", "debug"},
-                {"log view missing.log", 1, "", "missing.log"},
-                {"log view --level LOUD", 2, "", "unknown level"},
-                {"log view --since yesterday", 2, "", "YYYY-MM-DD"},
-                {"log view --max x", 2, "", "count"},
-                {"log view --colour", 2, "", "unknown option"}},
-               dir.Path());
-    dir.Write("debug/2026_11_10_x64.log", Line("2026-11-10 08:00:00", "INFO", "tenth", "c"));
-    dir.Write("debug/2026_11_9_x64.log", Line("2026-11-09 08:00:00", "INFO", "ninth", "c"));
-    dir.Write("debug/notes.txt", "not a log\n");
-    ExpectRuns(
-        {{"log view", 0, "2026-11-09 08:00:00 INFO  c ninth\n2026-11-10 08:00:00 INFO  c tenth\n"}},
-        dir.Path());
 }
 
 // Waits until the file `name` in `dir` holds at least `lines` lines; false after ten seconds.

@@ -18,22 +18,6 @@ const char kReport[] =
     "\tCGame__Frame -> CScene__Draw_2_\n"
     "}=================================\xc0\xe0\xd0\xcd\n";
 
-TEST(ProfileTool, UsageAndFailures) {
-    TempDir dir;
-    dir.Write("profile", "a file in the default folder's place");
-    dir.Write("report.log", kReport);
-    dir.Write("plain.log", "no graph here\n");
-    const std::string usage = "usage: pind profile", failed = "pind: profile: ";
-    ExpectRuns({{"profile", 2, "", usage},
-                {"profile bogus", 2, "", usage},
-                {"profile dot", 2, "", usage},
-                {"profile trace", 1, "", failed},
-                {"profile overlay -o no/dir/o.svg", 1, "", failed},
-                {"profile dot plain.log", 1, "", failed},
-                {"profile dot missing.log", 1, "", failed}},
-               dir.Path());
-}
-
 TEST(ProfileTool, TraceAndOverlayOfTheScriptedScene) {
     TempDir dir;
     ExpectRuns(
@@ -52,17 +36,28 @@ TEST(ProfileTool, TraceAndOverlayOfTheScriptedScene) {
     EXPECT_NE(svg.find("\xe6\xb6\x88\xe8\x80\x97"), std::string::npos);  // the label in UTF-8
 }
 
-// Without Graphviz on the path: the dot text in UTF-8, with a note on how to get it.
-TEST(ProfileTool, DotTakesTheLastGraph) {
+// Without Graphviz on the path, dot gives the last graph's text in UTF-8 with a note on how to get
+// a picture; and the failures when there is nothing to read or nowhere to write.
+TEST(ProfileTool, DotTakesTheLastGraphAndFailuresSayWhy) {
     TempDir dir;
+    dir.Write("profile", "a file in the default folder's place");
     dir.Write("report.log", kReport);
+    dir.Write("plain.log", "no graph here\n");
     const std::string font = "\xe5\xbe\xae\xe8\xbd\xaf\xe9\x9b\x85\xe9\xbb\x91";
     const std::string dot = "digraph G {\n\tedge [fontname=\"" + font +
                             "\"];\n\tnode [fontname=\"" + font +
                             "\" size=\"20,20\"];\n\tRoot -> CGame__Frame\n"
                             "\tCGame__Frame -> CScene__Draw_2_\n}\n";
+    const std::string usage = "usage: pind profile", failed = "pind: profile: ";
     ExpectRuns({{"profile dot report.log", 0, dot, "install Graphviz"},
-                {"profile dot report.log -o g.svg", 0, "", "install Graphviz"}},
+                {"profile dot report.log -o g.svg", 0, "", "install Graphviz"},
+                {"profile", 2, "", usage},
+                {"profile bogus", 2, "", usage},
+                {"profile dot", 2, "", usage},
+                {"profile trace", 1, "", failed},
+                {"profile overlay -o no/dir/o.svg", 1, "", failed},
+                {"profile dot plain.log", 1, "", failed},
+                {"profile dot missing.log", 1, "", failed}},
                dir.Path(), {"PATH=/nonexistent"});
     EXPECT_EQ(dir.Read("g.svg"), dot);
     // With Graphviz, when this machine has it, a picture.
