@@ -12,8 +12,6 @@ TEST(TextTool, RunsEachFunctionAndRejectsBadTablesAndUsage) {
                       "7": "{:d}"})");
     const std::string usage = "usage: pind text";
     std::vector<ToolCase> cases = {{"text --table t.json '@@6 (x2)'", 0, "Hello (x2)\n"},
-                                   {R"(text --table t.json 'You got ["@@5", ["@@6"]] and [1,2]')",
-                                    0, "You got Hi Hello and [1,2]\n"},
                                    {"text --table t.json @@4294967295", 0, "A\xc3\xa9\"\n"},
                                    {R"(text --table t.json --fn totext ["@@5"])", 0, "\n",
                                     "Error FmtStr:@@5, OriginStr=Hi {}\n"},
