@@ -1,6 +1,7 @@
 // `pind ini`: a failed scramble or set leaves the user's file as it was; show fails loudly.
 
 #include <filesystem>
+#include <iterator>
 
 #include "tool/RunTool.h"
 
@@ -21,11 +22,8 @@ TEST(IniTool, ScrambleReplacesTheTargetOnlyWhenItSucceeds) {
     ExpectRuns({{"ini scramble client.ini target k3y", 0, "", ""},
                 {"ini show target --scrambled --get Server Port", 0, "7000\n", ""}},
                dir.Path());
-    int files = 0;
-    for ([[maybe_unused]] const auto& e : std::filesystem::directory_iterator(dir.Path())) {
-        ++files;
-    }
-    EXPECT_EQ(files, 2) << "no temporary file is left behind";
+    const std::filesystem::directory_iterator files(dir.Path());
+    EXPECT_EQ(std::distance(files, {}), 2) << "no temporary file is left behind";
 }
 
 TEST(IniTool, SetSavesOrSaysWhyNotAndShowFailsLoudly) {
