@@ -245,12 +245,11 @@ TEST_F(LoggerTest, PlainRecordsAreEmptyTextsWrittenOnce) {
 TEST_F(LoggerTest, FileLineIsTheCallbackTextWhateverItsLength) {
     _log::CLoggerWriterDirctToFile writer(m_config);
     const std::string longMsg(10000, 'x');  // longer than any stdio buffer
-    const std::string msg = "cut";
     writer.Write(_log::LOG_INFO, _log::LogRecord(0, longMsg, {}, {}), true, true);
     // A raw value may hold a zero byte: the text ends there, in the file as in the callback.
     writer.Write(_log::LOG_INFO,
-                 _log::LogRecord(0, msg, {{"r", LogValue::Raw(std::string("a\0b", 3))}}, {}), true,
-                 true);
+                 _log::LogRecord(0, "cut", {{"r", LogValue::Raw(std::string("a\0b", 3))}}, {}),
+                 true, true);
     const auto entries = Entries();
     ASSERT_EQ(entries.size(), 2u);
     EXPECT_EQ(entries[1].second.substr(entries[1].second.size() - 6), "\"r\": a");
@@ -311,8 +310,7 @@ TEST_F(LoggerTest, ConcurrentLoggersKeepEveryLineWhole) {
         EXPECT_TRUE(seen.insert(m[1].str() + " " + m[2].str()).second) << line;
     }
     const size_t total = kThreads * kLoggers * kRecords;
-    EXPECT_EQ(lines.size(), total);
-    EXPECT_EQ(seen.size(), total);
+    EXPECT_EQ(seen.size(), total);  // every line matched and none twice, so none is missing
     EXPECT_EQ(Calls(), total);
 }
 

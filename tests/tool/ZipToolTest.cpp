@@ -13,8 +13,8 @@ namespace {
 // A one-entry stored archive whose method and flag words are then rewritten in both the local
 // header and the central directory, as an archiver using another method or a password would.
 std::string RelabelledArchive(const TempDir& dir, uint16_t method, uint16_t flags) {
-    const std::string path = dir.File("odd.zip");
-    EXPECT_TRUE(WriteZipArchive(path, {{"a.txt", "plain text", /*bDeflate=*/false}}));
+    EXPECT_TRUE(
+        WriteZipArchive(dir.File("odd.zip"), {{"a.txt", "plain text", /*bDeflate=*/false}}));
     std::string bytes = dir.Read("odd.zip");
     auto put16 = [&bytes](size_t at, uint16_t v) {
         bytes[at] = static_cast<char>(v & 0xFF);
