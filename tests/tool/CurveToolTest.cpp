@@ -51,7 +51,6 @@ TEST(CurveTool, SvgShowsPointsCurveAndAtMarks) {
     ASSERT_EQ(fit.status, 0) << fit.err;
     const std::string svg = dir.Read("a.svg");
     EXPECT_EQ(svg.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg ", 0), 0u);
-    EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
     EXPECT_EQ(Count(svg, "<polyline"), 1u);
     EXPECT_EQ(Count(svg, "<circle"), 4u + 1u);  // the points and the --at inside the range
     EXPECT_NE(svg.find("1 --at outside the plot"), std::string::npos);
