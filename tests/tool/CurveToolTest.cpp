@@ -1,6 +1,9 @@
 // `pind curve`: the exact output other tools script, the routines' messages and exits passed
 // through untouched, input and argument errors, and the SVG picture.
 
+#include <iterator>
+#include <regex>
+
 #include "tool/RunTool.h"
 
 namespace pind::test {
@@ -35,12 +38,10 @@ TEST(CurveTool, PrintsExactlyThisOrAUsageError) {
                 {"curve pchip --at x", 2, "", "pind: curve: --at"}});
 }
 
-size_t Count(const std::string& text, const std::string& what) {
-    size_t n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
-        ++n;
-    }
-    return n;
+size_t Count(const std::string& text, const char* what) {
+    const std::regex pattern(what);
+    return static_cast<size_t>(
+        std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), {}));
 }
 
 TEST(CurveTool, SvgShowsPointsCurveAndAtMarks) {

@@ -12,11 +12,8 @@ namespace {
 // The tool, the header and the loaded library must all report the version the build was made
 // with: a stale library beside the tool would show here.
 TEST(PindTool, VersionIsTheOneTheBuildWasMadeWith) {
-    const std::string expected = std::to_string(PIND_VERSION_MAJOR) + "." +
-                                 std::to_string(PIND_VERSION_MINOR) + "." +
-                                 std::to_string(PIND_VERSION_PATCH);
-    EXPECT_EQ(pind::Version(), expected);
-    ExpectRuns({{"--version", 0, "pind " + expected + "\n"}});
+    EXPECT_EQ(pind::Version(), std::string(PIND_VERSION_STRING));
+    ExpectRuns({{"--version", 0, "pind " PIND_VERSION_STRING "\n"}});
 }
 
 TEST(PindTool, EveryCommandHasHelpOnStdoutAndUsageErrorsOnStderr) {
