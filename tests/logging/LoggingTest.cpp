@@ -229,17 +229,6 @@ TEST_F(LoggerTest, NewLocalDateStartsANewFile) {
     }
 }
 
-TEST_F(LoggerTest, PlainRecordsAreEmptyTextsWrittenOnce) {
-    m_config.nRecordKind = 1;
-    m_config.strFileSuffix = ".txt";
-    _log::CLoggerWriterDirctToFile writer(m_config);
-    Write(writer, _log::LOG_INFO, "first");
-    m_clock.AdvanceMs(5000);
-    Write(writer, _log::LOG_INFO, "second");
-    EXPECT_EQ(Entries(), (std::vector<std::pair<uint32_t, std::string>>{{2, ""}, {2, ""}}));
-    EXPECT_EQ(ReadLines("./debug/2024_5_7.txt"), std::vector<std::string>{"2024-05-07 01:03:12  "});
-}
-
 TEST_F(LoggerTest, FileLineIsTheCallbackTextWhateverItsLength) {
     _log::CLoggerWriterDirctToFile writer(m_config);
     const std::string longMsg(10000, 'x');  // longer than any stdio buffer
@@ -258,7 +247,6 @@ TEST_F(LoggerTest, FileLineIsTheCallbackTextWhateverItsLength) {
 
 TEST_F(LoggerTest, UnwritableFolderStillCallsBackAndTheNextGoodFolderWorks) {
     m_dir.Write("blocked", "a file where a folder should be");
-    m_dir.Write("taken/keep", "");
     std::filesystem::create_directories("taken/2024_5_7_x64.log");  // a folder with the file's name
     _log::CLoggerWriterDirctToFile writer(m_config);
     _log::GetLoggerFactory()->SetLogFolder("");  // an empty name leaves the folder in force

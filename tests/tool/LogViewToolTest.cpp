@@ -119,8 +119,8 @@ bool WaitForLines(const TempDir& dir, const std::string& name, size_t lines) {
 TEST(LogViewTool, FollowReadsAppendedLinesAndTheNextDay) {
     TempDir dir;
     TempDir out;
-    const std::string day1 = dir.File("debug/2026_11_22_x64.log");
-    dir.Write("debug/2026_11_22_x64.log", Line("2026-11-22 23:59:58", "INFO", "one", "c"));
+    const std::string day1 =
+        dir.Write("debug/2026_11_22_x64.log", Line("2026-11-22 23:59:58", "INFO", "one", "c"));
     auto tool = std::async(std::launch::async, [&] {
         return RunPind(Words("log view --follow --max 4"), "", dir.Path(), {}, out.File("stdout"));
     });
