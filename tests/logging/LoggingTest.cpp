@@ -390,8 +390,7 @@ TEST_F(LoggerTest, ValueKindsPrintAndReadBack) {
 
 TEST(LogEscape, EscapesEachByteByTheTable) {
     const std::pair<std::string, std::string> cases[] = {
-        {"\t\"\x01\b\n\f\r", "\\t\\\"\\u0001\\b\\n\\f\\r"},
-        {"a\\b\x1f\x7f", "a\\\\b\\u001f\x7f"},
+        {"\t\"\x01\b\n\f\r\\\x1f\x7f", "\\t\\\"\\u0001\\b\\n\\f\\r\\\\\\u001f\x7f"},
         {std::string("a\0b", 3), "a\\u0000b"}};
     for (const auto& [in, want] : cases) {
         std::string out;

@@ -1,6 +1,8 @@
 // `pind profile`: the scripted scene's trace and overlay files, the call graph out of a report with
 // and without Graphviz, and the failures when nothing can be written.
 
+#include <algorithm>
+
 #include "profile/TraceJson.h"
 #include "tool/RunTool.h"
 
@@ -25,11 +27,10 @@ TEST(ProfileTool, TraceAndOverlayOfTheScriptedScene) {
         dir.Path());
     const JsonDoc doc = ParseJson(dir.Read("profile/trace.json"));
     ASSERT_NE(doc, nullptr);
-    int frames = 0;
-    for (const JsonNode* e : TraceEvents(doc)) {
-        frames += TraceText(e, "ph") == "i";
-    }
-    EXPECT_EQ(frames, 200);
+    const auto events = TraceEvents(doc);
+    EXPECT_EQ(std::count_if(events.begin(), events.end(),
+                            [](const JsonNode* e) { return TraceText(e, "ph") == "i"; }),
+              200);
 
     const std::string svg = dir.Read("o.svg");
     EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
