@@ -2,7 +2,6 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 #include "pind/files/PackFile.h"
 
@@ -37,12 +36,8 @@ bool RecordingClient::IsFileExist(const char* path) {
 }
 
 void RecordingClient::TranslatePath(const char* path, std::string& translated) {
-    if (path == nullptr) {
-        return;
-    }
-    const auto it = translations.find(path);
-    if (it != translations.end()) {
-        translated = it->second;
+    if (path != nullptr && translations.count(path) != 0) {
+        translated = translations.at(path);
     }
 }
 
@@ -64,11 +59,9 @@ CPackFile* RecordingClient::Serve(const char* name, const char* mode) {
 }
 
 void RecordingClient::GetDescription(char* buffer) {
-    if (buffer == nullptr) {
-        return;
+    if (buffer != nullptr) {
+        std::snprintf(buffer, 256, "%s", description.c_str());
     }
-    std::strncpy(buffer, description.c_str(), 255);
-    buffer[255] = '\0';
 }
 
 void RecordingClient::DebugText(const char* format, ...) {

@@ -1,69 +1,41 @@
 // The conventions every pind command shares, checked on the built program for each command that
 // `pind --help` lists.
-#include <gtest/gtest.h>
 
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "pind/Version.h"
-#include "support/TempDir.h"
 #include "tool/RunTool.h"
 
 namespace pind::test {
 namespace {
 
-// The command names in the "commands" part of `pind --help`'s text.
-std::vector<std::string> Commands(const std::string& helpText) {
-    std::istringstream help(helpText);
-    std::vector<std::string> names;
-    bool inList = false;
-    for (std::string line; std::getline(help, line);) {
-        if (inList && line.rfind("  ", 0) == 0) {
-            names.push_back(line.substr(2, line.find(' ', 2) - 2));
-        }
-        inList = inList || line.rfind("commands", 0) == 0;
-    }
-    return names;
-}
-
 // The tool, the header and the loaded library must all report the version the build was made
 // with: a stale library beside the tool would show here.
 TEST(PindTool, VersionIsTheOneTheBuildWasMadeWith) {
-    const std::string expected = std::to_string(PIND_VERSION_MAJOR) + "." +
-                                 std::to_string(PIND_VERSION_MINOR) + "." +
-                                 std::to_string(PIND_VERSION_PATCH);
-    EXPECT_EQ(expected, PIND_VERSION_STRING);
-    EXPECT_EQ(pind::Version(), expected);
-    const auto run = RunPind({"--version"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.out, "pind " + expected + "\n");
-    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(pind::Version(), std::string(PIND_VERSION_STRING));
+    ExpectRuns({{"--version", 0, "pind " PIND_VERSION_STRING "\n"}});
 }
 
 TEST(PindTool, EveryCommandHasHelpOnStdoutAndUsageErrorsOnStderr) {
-    auto run = RunPind({"no-such-command"});
-    EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.out, "");
-    EXPECT_NE(run.err.find("unknown command"), std::string::npos);
-    run = RunPind({"--help"});
+    ExpectRuns({{"no-such-command", 2, "", "unknown command"}});
+    auto run = RunPind({"--help"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
-    const std::vector<std::string> commands = Commands(run.out);
+    // The command names: the first word of each indented line after "commands".
+    std::vector<std::string> commands;
+    std::istringstream help(run.out.substr(run.out.find("\ncommands")));
+    for (std::string line; std::getline(help, line);) {
+        if (line.rfind("  ", 0) == 0) commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
     ASSERT_GE(commands.size(), 6u);
     for (const std::string& command : commands) {
         run = RunPind({command, "--help"});
         EXPECT_EQ(run.status, 0) << command;
         EXPECT_EQ(run.out.rfind("usage: pind " + command, 0), 0u) << command << ": " << run.out;
         EXPECT_EQ(run.err, "") << command;
-
-        if (command == "printf") {
-            continue;  // its first argument is the format, whatever it looks like
+        if (command != "printf") {  // its first argument is the format, whatever it looks like
+            ExpectRuns({{command + " --no-such-option", 2, "", "usage: pind " + command}});
         }
-        run = RunPind({command, "--no-such-option"});
-        EXPECT_EQ(run.status, 2) << command;
-        EXPECT_EQ(run.out, "") << command;
-        EXPECT_NE(run.err.find("usage: pind " + command), std::string::npos) << command;
     }
 }
 
@@ -71,49 +43,30 @@ TEST(PindTool, AFullDiskIsAFailureWithAMessage) {
     TempDir dir;
     dir.Write("a.ini", "[s]\nk=v\n");
     dir.Write("pack/a.txt", "bytes");
-    struct Case {
-        std::vector<std::string> args;
-        std::string input;
-    };
-    const std::vector<Case> cases = {
-        {{"ini", "show", "a.ini"}, ""},
-        {{"pack", "ls", "--dir", "pack"}, ""},
-        {{"pack", "cat", "--dir", "pack", "a.txt"}, ""},
-        {{"crypt", "0701030905020406"}, "plain text"},
-        {{"demo"}, ""},
-        {{"ini", "--help"}, ""},
-        {{"--help"}, ""},
-        {{"--version"}, ""},
-    };
-    for (const Case& c : cases) {
-        const auto run = RunPindTo("/dev/full", c.args, c.input, dir.Path());
-        EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args.back();
-        EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos)
-            << c.args[0] << ": " << run.err;
+    for (const char* args :
+         {"ini show a.ini", "pack ls --dir pack", "pack cat --dir pack a.txt",
+          "crypt 0701030905020406", "demo", "ini --help", "--help", "--version"}) {
+        const auto run = RunPind(Words(args), "plain text", dir.Path(), {}, "/dev/full");
+        EXPECT_EQ(run.status, 1) << args;
+        EXPECT_NE(run.err.find("cannot write to standard output"), std::string::npos) << run.err;
     }
 }
 
 TEST(PindTool, DemoFindsTheDataBesideItselfAndRefusesOtherData) {
     TempDir dir;
-    auto run = RunPind({"demo"}, "", dir.Path());
+    const auto run = RunPind({"demo"}, "", dir.Path());
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("demo finished"), std::string::npos);
-    EXPECT_EQ(run.err, "");
-
-    run = RunPind({"demo", "--data", dir.Path()});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_NE(run.err.find("no sample data there"), std::string::npos) << run.err;
+    ExpectRuns({{"demo --data " + dir.Path(), 1, "", "no sample data there"}});
 }
 
 TEST(PindTool, CryptRoundTripsThroughStandardStreams) {
     const std::string plain(100000, 'p');
-    const auto encrypted = RunPind({"crypt", "0701030905020406", "--change-code", "0x1234"}, plain);
+    const auto encrypted = RunPind(Words("crypt 0701030905020406 --change-code 0x1234"), plain);
     ASSERT_EQ(encrypted.status, 0) << encrypted.err;
     EXPECT_NE(encrypted.out, plain);
-    const auto decrypted = RunPind(
-        {"crypt", "0701030905020406", "--change-code", "0x1234", "--decrypt"}, encrypted.out);
-    EXPECT_EQ(decrypted.out, plain);
+    ExpectRuns(
+        {{"crypt 0701030905020406 --change-code 0x1234 --decrypt", 0, plain, "", encrypted.out}});
 }
 
 }  // namespace

@@ -2,10 +2,9 @@
 
 #include <sys/wait.h>
 
-#include <cstdio>
 #include <cstdlib>
-
-#include "support/TempDir.h"
+#include <iomanip>
+#include <sstream>
 
 namespace pind::test {
 namespace {
@@ -19,44 +18,51 @@ std::string Quote(const std::string& word) {
     return quoted + "'";
 }
 
-ToolRun Run(const std::vector<std::string>& args, const std::string& input, const std::string& cwd,
-            const std::vector<std::string>& env, const std::string& stdoutPath) {
+}  // namespace
+
+ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
+                const std::string& cwd, const std::vector<std::string>& env,
+                const std::string& stdoutPath) {
     TempDir io;
     const std::string in = io.Write("stdin", input);
     std::string command;
     if (!cwd.empty()) {
         command += "cd " + Quote(cwd) + " && ";
     }
-    command += "env";
-    for (const std::string& e : env) {
-        command += " " + Quote(e);
-    }
-    command += " " + Quote(PIND_TOOL_PATH);
-    for (const std::string& a : args) {
-        command += " " + Quote(a);
+    command += "timeout 60 env";  // a tool that hangs fails its test instead of stopping the run
+    std::vector<std::string> words = env;
+    words.push_back(PIND_TOOL_PATH);
+    words.insert(words.end(), args.begin(), args.end());
+    for (const std::string& word : words) {
+        command += " " + Quote(word);
     }
     const std::string out = stdoutPath.empty() ? io.File("stdout") : stdoutPath;
     command += " <" + Quote(in) + " >" + Quote(out) + " 2>" + Quote(io.File("stderr"));
     const int raw = std::system(command.c_str());
     ToolRun run;
-    if (raw != -1 && WIFEXITED(raw)) {
-        run.status = WEXITSTATUS(raw);
-    }
+    run.status = raw != -1 && WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     run.out = stdoutPath.empty() ? io.Read("stdout") : std::string();
     run.err = io.Read("stderr");
     return run;
 }
 
-}  // namespace
-
-ToolRun RunPind(const std::vector<std::string>& args, const std::string& input,
-                const std::string& cwd, const std::vector<std::string>& env) {
-    return Run(args, input, cwd, env, std::string());
+std::vector<std::string> Words(const std::string& line) {
+    std::istringstream in(line);
+    std::vector<std::string> words;
+    for (std::string word; in >> std::quoted(word, '\'', '\x7f');) words.push_back(word);
+    return words;
 }
 
-ToolRun RunPindTo(const std::string& stdoutPath, const std::vector<std::string>& args,
-                  const std::string& input, const std::string& cwd) {
-    return Run(args, input, cwd, {}, stdoutPath);
+void ExpectRuns(const std::vector<ToolCase>& cases, const std::string& cwd,
+                const std::vector<std::string>& env) {
+    for (const ToolCase& c : cases) {
+        const ToolRun run = RunPind(Words(c.args), c.input, cwd, env);
+        SCOPED_TRACE("pind " + c.args);
+        EXPECT_EQ(run.status, c.status);
+        EXPECT_EQ(run.out, c.out);
+        EXPECT_TRUE(c.err.empty() ? run.err.empty() : run.err.find(c.err) != std::string::npos)
+            << "stderr: " << run.err;
+    }
 }
 
 }  // namespace pind::test

@@ -1,17 +1,91 @@
-// The string memory tracker: the running total with its +1 drift per add/remove pair, re-tagging,
-// copying tags, and the dump's lines. The registry is process-wide, so checks use differences.
+// Diagnostics: the lock's exclusion and recursion, the log-message and assertion reports, and
+// the string memory tracker with its +1 drift per add/remove pair (process-wide, so checks use
+// differences).
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
+#include "pind/diag/LockCs.h"
+#include "pind/diag/Report.h"
 #include "pind/diag/StringMem.h"
+#include "support/EngineLogCapture.h"
+#include "support/RecordingClient.h"
 #include "support/TempDir.h"
 
 namespace pind::test {
 namespace {
+
+TEST(LockCs, TwoThreadsRunTheirGuardedSectionsOneAfterTheOther) {
+    CMyLockCs lock;
+    int inside = 0, overlaps = 0;
+    auto work = [&] {
+        for (int i = 0; i < 20000; ++i) {
+            EXPECT_TRUE(lock.Lock());
+            overlaps += ++inside != 1;  // unsynchronised except by the lock
+            --inside;
+            lock.Unlock();
+        }
+    };
+    std::thread a(work), b(work);
+    a.join();
+    b.join();
+    EXPECT_EQ(overlaps, 0);
+}
+
+// The owner may lock again; a copy, made while idle, is a lock of its own.
+TEST(LockCs, OwnerLocksTwiceAndUnlocksTwiceAndACopyIsFree) {
+    CMyLockCs lock;
+    CMyLockCs copy;
+    copy = lock;
+    ASSERT_TRUE(lock.Lock());
+    ASSERT_TRUE(lock.Lock());
+    std::atomic<int> stage{0};
+    std::thread other([&] {
+        EXPECT_TRUE(copy.Lock());
+        copy.Unlock();
+        stage = 1;
+        lock.Lock();
+        stage = 2;
+        lock.Unlock();
+    });
+    while (stage == 0) std::this_thread::yield();
+    lock.Unlock();
+    EXPECT_EQ(stage, 1);  // still held once
+    lock.Unlock();
+    other.join();
+    EXPECT_EQ(stage, 2);
+}
+
+TEST(Report, LogMessageAndIfNotForwardNonEmptyTextCutAtTheBuffer) {
+    EngineLogCapture log;
+    LogMessage("VOFRead pack error, pack_name = %s", "ini/a.ini");
+    LogMessage("%s", "");
+    LogMessage(nullptr);
+    LogMessage("100%%");
+    const std::string big(kLogMessageCapacity + 100, 'x');
+    LogMessage("%s", big.c_str());
+    ReportIfNot("pszSection && pszIndex", "PindIni", 555);
+    ReportIfNot(nullptr, nullptr, 0);
+    EXPECT_EQ(log.Lines(),
+              (std::vector<std::string>{"VOFRead pack error, pack_name = ini/a.ini", "100%",
+                                        big.substr(0, kLogMessageCapacity - 1),
+                                        "IF_NOT(pszSection && pszIndex) in PindIni, 555",
+                                        "IF_NOT() in , 0"}));
+}
+
+TEST(Report, AssertGoesToTheDebugObject) {
+    EngineLogCapture log;
+    RecordingDebug debug;
+    ReportAssert("false", 120, "spline");
+    EXPECT_EQ(debug.texts, std::vector<std::string>{"ASSERT(false) in 120 line of spline"});
+    EXPECT_TRUE(log.Lines().empty());
+}
 
 // Report files are opened in text mode, which on Windows ends lines with "\r\n".
 std::string Lf(std::string text) {
@@ -30,7 +104,6 @@ TEST(StringMem, TotalFollowsAddsAndRemoves) {
     EXPECT_EQ(change(), 1);  // an add counts the terminator, a remove does not
     StringMemAdd(a, static_cast<const char*>(nullptr));
     StringMemAdd(a, "");
-    StringMemAdd(a, std::string());
     StringMemRemove(b);                    // never added
     EXPECT_EQ(StringMemCopyTag(b, a), b);  // nothing to copy from an untagged address
     EXPECT_EQ(change(), 0);
