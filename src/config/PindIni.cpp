@@ -454,9 +454,9 @@ struct CPindIni::Parser {
         }
         const size_t nText = uPlain - uPos;
         char* const pText = reinterpret_cast<char*>(pFile->m_pData) + uPos;
-        // Room for a key in every 16 bytes, so the entries are not copied as they grow; pages
-        // never written are never touched.
-        store.entries.reserve(store.entries.size() + nText / 16);
+        // Room for a key line in every 32 bytes, a typical file's share: most loads then never
+        // copy the entries as they grow.
+        store.entries.reserve(store.entries.size() + nText / 32);
         size_t nAt = 0;
         while (nAt < nText) {
             const size_t nWindow = std::min<size_t>(nText - nAt, kPlainLineCapacity - 1);
