@@ -184,9 +184,12 @@ inline size_t CopyPlainLine(char* pszBuffer, size_t nCapacity, const uint8_t* pS
             (i < 4 ? nLow : nHigh) |= nHits << (16 * (i % 4));
         }
         if ((nLow | nHigh) != 0) {
-            const size_t nAtLow = static_cast<size_t>(__builtin_ctzll(nLow | (1ull << 63)));
-            const size_t nAtHigh = 64 + static_cast<size_t>(__builtin_ctzll(nHigh | (1ull << 63)));
-            const size_t nLen = (nLow != 0 ? nAtLow : nAtHigh) + 1;
+            // Bit 63 stands in for an empty low half, whose count then continues into the high
+            // half: arithmetic rather than a choice, which would be a branch again.
+            const auto nAtLow = static_cast<size_t>(__builtin_ctzll(nLow | (1ull << 63)));
+            const auto nAtHigh = static_cast<size_t>(__builtin_ctzll(nHigh | (1ull << 63)));
+            const size_t nLowEmpty = nLow == 0 ? ~size_t{0} : 0;
+            const size_t nLen = nAtLow + (nLowEmpty & (nAtHigh + 1)) + 1;
             std::memset(pszBuffer + nLen, 0, nCapacity - nLen);
             return nLen;
         }
