@@ -82,10 +82,6 @@ bool HasClmul() {
 
 }  // namespace
 
-uint32_t Crc32Portable(uint32_t crc, const uint8_t* pData, size_t nSize) {
-    return ZlibCrc(crc, pData, nSize);
-}
-
 uint32_t Crc32(uint32_t crc, const uint8_t* pData, size_t nSize) {
 #ifdef PIND_CRC_CLMUL
     if (nSize >= 64 && HasClmul()) {

@@ -12,9 +12,6 @@ namespace pind::detail {
 /// zlib's crc32(crc, data, size): the CRC-32 of `size` bytes continued from `crc` (0 to start).
 uint32_t Crc32(uint32_t crc, const uint8_t* pData, size_t nSize);
 
-/// Crc32 without the carry-less path, for tests that compare the two.
-uint32_t Crc32Portable(uint32_t crc, const uint8_t* pData, size_t nSize);
-
 }  // namespace pind::detail
 
 #endif  // PIND_SRC_FILES_CRC32_H_
