@@ -109,9 +109,6 @@ LineScan ScanLine(const uint8_t* pData, size_t nWindow, bool bPlain) {
 // up to 15 bytes past the data's end, and an empty file still owns a buffer.
 constexpr size_t kDataPad = 16;
 
-// Lines are first looked for in this many bytes at once, when the window and buffer hold them.
-constexpr size_t kWideLine = 128;
-
 // Offset of the first 0x00 or 0xFF byte, or `nSize`.
 uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
 #ifdef PIND_LINE_BLOCKS
@@ -170,6 +167,8 @@ inline size_t CopyPlainLine(char* pszBuffer, size_t nCapacity, const uint8_t* pS
                             size_t nWindow) {
 #ifdef PIND_LINE_BLOCKS
     const __m128i newline = _mm_set1_epi8('\n');
+    // Lines are first looked for in this many bytes at once, when the window and buffer hold them.
+    constexpr size_t kWideLine = 128;
     if (nWindow >= kWideLine) {
         // A line shorter than 128 bytes is found without a branch on its length, which would
         // mispredict on most lines: all eight blocks are compared and copied, the zeroing then
