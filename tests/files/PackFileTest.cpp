@@ -173,8 +173,9 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByte) {
 
 TEST_F(PackFileMemory, GetsZeroesTheWholeBufferPastLongLines) {
     // Line length with its '\n', capacity; a zero byte after the line takes the other scan.
-    const std::pair<size_t, int> cases[] = {{100, 256}, {128, 256}, {129, 256}, {200, 256},
-                                            {300, 256}, {128, 129}, {129, 129}, {127, 130}};
+    const std::pair<size_t, int> cases[] = {{1, 256},   {64, 256},  {65, 256},  {100, 256},
+                                            {128, 256}, {129, 256}, {200, 256}, {300, 256},
+                                            {128, 129}, {129, 129}, {127, 130}};
     for (const bool bZeroAfter : {false, true}) {
         for (const auto& [length, capacity] : cases) {
             std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
