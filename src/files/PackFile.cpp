@@ -10,6 +10,11 @@
 #include "pind/platform/Package.h"
 #include "pind/platform/System.h"
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#define PIND_LINE_BLOCKS 1
+#endif
+
 namespace {
 
 std::atomic<bool> g_bPackForceDisk{false};
@@ -100,8 +105,36 @@ LineScan ScanLine(const uint8_t* pData, size_t nWindow, bool bPlain) {
     return scan;
 }
 
+// Bytes allocated past the packaged data, zeroed: a line read may then load whole 16-byte blocks
+// up to 15 bytes past the data's end, and an empty file still owns a buffer.
+constexpr size_t kDataPad = 16;
+
 // Offset of the first 0x00 or 0xFF byte, or `nSize`.
 uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
+#ifdef PIND_LINE_BLOCKS
+    // One pass for both bytes: adding 1 turns 0xFF into 0x00 and 0x00 into 0x01, so the minimum
+    // of a byte and its successor is zero exactly at those two.
+    const __m128i one = _mm_set1_epi8(1);
+    auto special = [&one](const uint8_t* p) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        return _mm_min_epu8(x, _mm_add_epi8(x, one));
+    };
+    uint32_t nAt = 0;
+    for (; nSize - nAt >= 64; nAt += 64) {
+        const __m128i m =
+            _mm_min_epu8(_mm_min_epu8(special(pData + nAt), special(pData + nAt + 16)),
+                         _mm_min_epu8(special(pData + nAt + 32), special(pData + nAt + 48)));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi8(m, _mm_setzero_si128())) != 0) {
+            break;
+        }
+    }
+    for (; nAt < nSize; ++nAt) {
+        if (pData[nAt] == 0x00 || pData[nAt] == 0xFF) {
+            break;
+        }
+    }
+    return nAt;
+#else
     uint32_t nFirst = nSize;
     for (const int c : {0x00, 0xFF}) {
         if (const void* p = std::memchr(pData, c, nFirst)) {
@@ -109,6 +142,7 @@ uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
         }
     }
     return nFirst;
+#endif
 }
 
 // Copies the line's `nLen` bytes and zeroes the rest of the buffer, as callers may rely on.
@@ -123,6 +157,73 @@ inline void CopyLine(char* pszBuffer, int nCapacity, const uint8_t* pSource, siz
         std::memcpy(pszBuffer, pSource, nLen);
     }
     std::memset(pszBuffer + nLen, 0, static_cast<size_t>(nCapacity) - nLen);
+}
+
+// The line at `pSource` when only a newline can end it: up to and with the first '\n' among the
+// first `nWindow` bytes (0 < nWindow < nCapacity), the rest of the buffer zeroed; returns its
+// length. Looks for the newline and copies in one pass over 16-byte blocks, reading up to 15 bytes
+// past the window, which the data's padding keeps inside the allocation.
+inline size_t CopyPlainLine(char* pszBuffer, size_t nCapacity, const uint8_t* pSource,
+                            size_t nWindow) {
+#ifdef PIND_LINE_BLOCKS
+    const __m128i newline = _mm_set1_epi8('\n');
+    // Lines are first looked for in this many bytes at once, when the window and buffer hold them.
+    constexpr size_t kWideLine = 128;
+    if (nWindow >= kWideLine) {
+        // A line shorter than 128 bytes is found without a branch on its length, which would
+        // mispredict on most lines: all eight blocks are compared and copied, the zeroing then
+        // overwrites what follows the line.
+        uint64_t nLow = 0;
+        uint64_t nHigh = 0;
+        for (unsigned i = 0; i < 8; ++i) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSource + 16 * i));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pszBuffer + 16 * i), x);
+            const auto nHits = static_cast<uint64_t>(
+                static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(x, newline))));
+            (i < 4 ? nLow : nHigh) |= nHits << (16 * (i % 4));
+        }
+        if ((nLow | nHigh) != 0) {
+            // Bit 63 stands in for an empty low half, whose count then continues into the high
+            // half: arithmetic rather than a choice, which would be a branch again.
+            const auto nAtLow = static_cast<size_t>(__builtin_ctzll(nLow | (1ull << 63)));
+            const auto nAtHigh = static_cast<size_t>(__builtin_ctzll(nHigh | (1ull << 63)));
+            const size_t nLowEmpty = nLow == 0 ? ~size_t{0} : 0;
+            const size_t nLen = nAtLow + (nLowEmpty & (nAtHigh + 1)) + 1;
+            std::memset(pszBuffer + nLen, 0, nCapacity - nLen);
+            return nLen;
+        }
+    }
+    for (size_t n = 0;; n += 16) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSource + n));
+        const auto nNewlines = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(x, newline)));
+        const size_t nRest = nWindow - n;
+        if (nNewlines == 0 && nRest > 16) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pszBuffer + n), x);
+            continue;
+        }
+        size_t nTake = nNewlines != 0 ? static_cast<size_t>(__builtin_ctz(nNewlines)) + 1 : 16;
+        nTake = nTake < nRest ? nTake : nRest;
+        if (n + 16 <= nCapacity) {
+            const __m128i index =
+                _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+            const __m128i keep = _mm_cmpgt_epi8(_mm_set1_epi8(static_cast<char>(nTake)), index);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(pszBuffer + n), _mm_and_si128(x, keep));
+            std::memset(pszBuffer + n + 16, 0, nCapacity - n - 16);
+        } else {
+            std::memcpy(pszBuffer + n, pSource + n, nTake);
+            std::memset(pszBuffer + n + nTake, 0, nCapacity - n - nTake);
+        }
+        return n + nTake;
+    }
+#else
+    const void* pNewline = std::memchr(pSource, '\n', nWindow);
+    const size_t nLen =
+        pNewline != nullptr
+            ? static_cast<size_t>(static_cast<const uint8_t*>(pNewline) - pSource) + 1
+            : nWindow;
+    CopyLine(pszBuffer, static_cast<int>(nCapacity), pSource, nLen, nWindow);
+    return nLen;
+#endif
 }
 
 // The memory line read over (data, size) from `*pPos`; see CPackFile::ReadLine.
@@ -252,12 +353,12 @@ bool CPackFile::OpenPackage(const char* pszCallerPath) {
         }
     }
     const uint32_t uSize = pind::platform::VoFGetLen(hPack);
-    // One spare byte so that a zero-length file still owns a buffer.
-    m_pData = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(uSize) + 1));
+    m_pData = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(uSize) + kDataPad));
     if (m_pData == nullptr) {
         pind::platform::VoFClose(hPack);
         return false;
     }
+    std::memset(m_pData + uSize, 0, kDataPad);
     m_uSize = uSize;
     m_uPos = 0;
     const uint32_t uRead = pind::platform::VOFRead(m_pData, 1, uSize, hPack);
@@ -424,15 +525,11 @@ char* PackFGets(char* pszBuffer, int nCapacity, CPackFile* pFile) {
         const size_t nLeft = uPos < pFile->m_uSize ? pFile->m_uSize - uPos : 0;
         const size_t nWindow =
             nLeft < static_cast<size_t>(nCapacity) - 1 ? nLeft : static_cast<size_t>(nCapacity) - 1;
-        if (nLeft > 0 && uPos + nWindow <= pFile->m_uFirstSpecial) {
-            const uint8_t* pSource = pFile->m_pData + uPos;
+        if (nWindow > 0 && uPos + nWindow <= pFile->m_uFirstSpecial) {
             // Only a newline can end a line here, and the line is never empty-and-ended: this is
             // MemLine's plain case, written out because line reads are the hot path.
-            const void* pNewline = std::memchr(pSource, '\n', nWindow);
-            nLen = pNewline != nullptr
-                       ? static_cast<size_t>(static_cast<const uint8_t*>(pNewline) - pSource) + 1
-                       : nWindow;
-            CopyLine(pszBuffer, nCapacity, pSource, nLen, nWindow);
+            const uint8_t* pSource = pFile->m_pData + uPos;
+            nLen = CopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity), pSource, nWindow);
             pFile->m_uPos = uPos + static_cast<uint32_t>(nLen);
             HandleTerminator(pFile, pszBuffer, reinterpret_cast<const char*>(pSource), nLen);
             return pszBuffer;

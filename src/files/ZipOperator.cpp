@@ -7,8 +7,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <new>
 
+#include "files/Crc32.h"
 #include "files/ZipEntry.h"
 #include "pind/platform/System.h"
 
@@ -85,52 +87,48 @@ size_t ReadSpans(unzFile archive, const Output& out, bool* pFailed) {
     }
 }
 
-// The whole entry in one inflate stream over the output, its compressed bytes read straight from
-// the archive file: zlib then copies matches out of the output and never refills a window, and no
-// byte-wise copy or checksum of the compressed bytes is made. True only when the stream ends at
-// exactly `nSize` bytes, when the chunk rule would give the same bytes. No CRC-32 is checked: the
-// chunk rule serves an entry whatever its checksum, so checking would change nothing.
+// The whole entry in one inflate call over the output, its compressed bytes read from the archive
+// file in one piece: zlib then copies matches out of the output and never keeps a window. True
+// only when the stream ends at exactly `nSize` bytes whose CRC-32 is the entry's; any other entry
+// goes through minizip, which gives the same bytes for an intact entry.
 bool InflateWhole(unzFile archive, const char* pszZipPath, const pind::detail::ZipEntry& entry,
                   unsigned char* pOut, size_t nSize) {
     int nMethod = 0;
     int nLevel = 0;
-    if (unzOpenCurrentFile2(archive, &nMethod, &nLevel, /*raw=*/1) != UNZ_OK) {
+    if (entry.nPacked > 0xFFFFFFFFu || nSize > 0xFFFFFFFFu ||
+        unzOpenCurrentFile2(archive, &nMethod, &nLevel, /*raw=*/1) != UNZ_OK) {
         return false;
     }
-    const ZPOS64_T nStart = unzGetCurrentFileZStreamPos64(archive);
+    const auto nStart = static_cast<int64_t>(unzGetCurrentFileZStreamPos64(archive));
     unzCloseCurrentFile(archive);
     std::FILE* pFile = std::fopen(pszZipPath, "rb");
     if (pFile == nullptr) {
         return false;
     }
+    // A stream that claims more bytes than the file holds is read to the file's end.
+    int64_t nEnd = -1;
+    if (pind::platform::Seek64(pFile, 0, SEEK_END) == 0) {
+        nEnd = pind::platform::Tell64(pFile);
+    }
+    const uint64_t nHeld = nEnd > nStart ? static_cast<uint64_t>(nEnd - nStart) : 0;
+    const auto nPacked = static_cast<size_t>(entry.nPacked < nHeld ? entry.nPacked : nHeld);
+    std::unique_ptr<unsigned char, decltype(&std::free)> pIn(
+        static_cast<unsigned char*>(std::malloc(nPacked > 0 ? nPacked : 1)), &std::free);
+    const bool bRead = pIn != nullptr && nEnd >= 0 &&
+                       pind::platform::Seek64(pFile, nStart, SEEK_SET) == 0 &&
+                       std::fread(pIn.get(), 1, nPacked, pFile) == nPacked;
+    std::fclose(pFile);
     z_stream zs{};
-    if (pind::platform::Seek64(pFile, static_cast<int64_t>(nStart), SEEK_SET) != 0 ||
-        inflateInit2(&zs, -MAX_WBITS) != Z_OK) {
-        std::fclose(pFile);
+    if (!bRead || inflateInit2(&zs, -MAX_WBITS) != Z_OK) {
         return false;
     }
+    zs.next_in = pIn.get();
+    zs.avail_in = static_cast<uInt>(nPacked);
     zs.next_out = pOut;
     zs.avail_out = static_cast<uInt>(nSize);
-    unsigned char in[64 * 1024];
-    uint64_t nLeft = entry.nPacked;
-    int nResult = Z_OK;
-    while (nResult == Z_OK) {
-        if (zs.avail_in == 0) {
-            const size_t nAsk = nLeft < sizeof in ? static_cast<size_t>(nLeft) : sizeof in;
-            const size_t nRead = nAsk > 0 ? std::fread(in, 1, nAsk, pFile) : 0;
-            if (nRead == 0) {
-                break;
-            }
-            nLeft -= nRead;
-            zs.next_in = in;
-            zs.avail_in = static_cast<uInt>(nRead);
-        }
-        nResult = inflate(&zs, Z_NO_FLUSH);
-    }
-    const bool bWhole = nResult == Z_STREAM_END && zs.total_out == nSize;
+    const bool bWhole = inflate(&zs, Z_FINISH) == Z_STREAM_END && zs.total_out == nSize;
     inflateEnd(&zs);
-    std::fclose(pFile);
-    return bWhole;
+    return bWhole && pind::detail::Crc32(0, pOut, nSize) == entry.nCrc;
 }
 
 }  // namespace

@@ -10,8 +10,10 @@
 
 #if defined(__clang__) || defined(__GNUC__)
 #define PIND_NO_SANITIZE_ADDRESS __attribute__((no_sanitize_address))
+#define PIND_NOINLINE __attribute__((noinline))
 #else
 #define PIND_NO_SANITIZE_ADDRESS
+#define PIND_NOINLINE
 #endif
 
 // Written here rather than forwarded to the runtime on Windows: the results are the Windows
@@ -71,29 +73,29 @@ constexpr unsigned kBlock = 16;
 constexpr unsigned kBlock = 8;
 #endif
 
-// Whole blocks both texts can be read in before either reaches the end of its page.
-size_t SafeBlocks(const unsigned char* a, const unsigned char* b) {
-    const uintptr_t nLeftA = kPageSize - (reinterpret_cast<uintptr_t>(a) & (kPageSize - 1));
-    const uintptr_t nLeftB = kPageSize - (reinterpret_cast<uintptr_t>(b) & (kPageSize - 1));
-    return (nLeftA < nLeftB ? nLeftA : nLeftB) / kBlock;
+// True when `nBytes` read at `a` or at `b` could reach into the next page. Testing the two offsets
+// ORed together is one test, and errs only towards the slower path.
+inline bool NearPageEnd(const unsigned char* a, const unsigned char* b, unsigned nBytes) {
+    const uintptr_t offsets = reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b);
+    return (offsets & (kPageSize - 1)) > kPageSize - nBytes;
 }
 
 #if defined(__SSE2__) || defined(_M_X64)
-// 'A'..'Z' moved to the bottom of the signed range is one compare.
-inline __m128i LowerBlock(__m128i x) {
-    const __m128i shifted = _mm_add_epi8(x, _mm_set1_epi8(static_cast<char>(0x80 - 'A')));
-    const __m128i upper = _mm_cmplt_epi8(shifted, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
-    return _mm_add_epi8(x, _mm_and_si128(upper, _mm_set1_epi8('a' - 'A')));
-}
-
-// Index of the first byte where the blocks differ after case mapping or `a` ends; kBlock if none.
-inline PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
+// One bit per byte of the block where the texts differ after case mapping or `a` ends; 0 if none.
+inline PIND_NO_SANITIZE_ADDRESS unsigned StopMask(const unsigned char* a, const unsigned char* b) {
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
     const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
-    const __m128i same = _mm_cmpeq_epi8(LowerBlock(x), LowerBlock(y));
-    const __m128i end = _mm_cmpeq_epi8(x, _mm_setzero_si128());
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(end, same)));
-    return mask == 0xFFFFu ? kBlock : static_cast<unsigned>(__builtin_ctz(~mask));
+    const __m128i caseBit = _mm_set1_epi8(0x20);
+    // Bytes may differ in the case bit alone where `a`'s byte with that bit set is 'a'..'z' ('a'
+    // moved to the bottom of the signed range makes the range test one compare).
+    const __m128i shifted =
+        _mm_add_epi8(_mm_or_si128(x, caseBit), _mm_set1_epi8(static_cast<char>(0x80 - 'a')));
+    const __m128i letter = _mm_cmplt_epi8(shifted, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
+    const __m128i differ = _mm_andnot_si128(_mm_and_si128(letter, caseBit), _mm_xor_si128(x, y));
+    const __m128i same = _mm_cmpeq_epi8(differ, _mm_setzero_si128());
+    // The minimum is zero where the bytes differ and where `a` ends.
+    const __m128i stop = _mm_cmpeq_epi8(_mm_min_epu8(same, x), _mm_setzero_si128());
+    return static_cast<unsigned>(_mm_movemask_epi8(stop));
 }
 #else
 constexpr uint64_t kOnes = 0x0101010101010101ull;
@@ -106,22 +108,53 @@ uint64_t LowerBlock(uint64_t x) {
     return x | ((atLeastA & ~aboveZ & ~x & kHighs) >> 2);
 }
 
-inline PIND_NO_SANITIZE_ADDRESS unsigned FirstStop(const unsigned char* a, const unsigned char* b) {
+inline PIND_NO_SANITIZE_ADDRESS unsigned StopMask(const unsigned char* a, const unsigned char* b) {
     uint64_t x = 0;
     uint64_t y = 0;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
     const bool bEnds = ((x - kOnes) & ~x & kHighs) != 0;
     if (!bEnds && LowerBlock(x) == LowerBlock(y)) {
-        return kBlock;
+        return 0;
     }
     unsigned i = 0;
     while (a[i] != 0 && Lower(a[i]) == Lower(b[i])) {
         ++i;
     }
-    return i;
+    return 1u << i;
 }
 #endif
+
+// StopMask over two blocks: one test per 2 × kBlock bytes while the texts match.
+inline PIND_NO_SANITIZE_ADDRESS uint32_t PairStopMask(const unsigned char* a,
+                                                      const unsigned char* b) {
+    return StopMask(a, b) | StopMask(a + kBlock, b + kBlock) << kBlock;
+}
+
+// The lowest `nBytes` bits set, for 1 <= nBytes <= 32.
+inline uint32_t LowBits(size_t nBytes) { return static_cast<uint32_t>((2ull << (nBytes - 1)) - 1); }
+
+// Result of CompareBytes when the bytes matched and `a` did not end.
+constexpr int kNoStop = std::numeric_limits<int>::min();
+
+// The compare over `nBytes` bytes one at a time, near a page end; kNoStop when it did not stop.
+// Kept out of line so the block loops keep their registers.
+PIND_NOINLINE int CompareBytes(const unsigned char* a, const unsigned char* b, size_t nBytes) {
+    for (size_t i = 0; i < nBytes; ++i) {
+        const int f = Lower(a[i]);
+        const int l = Lower(b[i]);
+        if (f == 0 || f != l) {
+            return f - l;
+        }
+    }
+    return kNoStop;
+}
+
+// The compare result at the first stop of a nonzero mask.
+inline int DiffAt(const unsigned char* a, const unsigned char* b, uint32_t mask) {
+    const auto i = static_cast<unsigned>(__builtin_ctz(mask));
+    return Lower(a[i]) - Lower(b[i]);
+}
 
 }  // namespace
 
@@ -152,19 +185,24 @@ PIND_NO_SANITIZE_ADDRESS int Stricmp(const char* lhs, const char* rhs) {
     const auto* a = reinterpret_cast<const unsigned char*>(lhs);
     const auto* b = reinterpret_cast<const unsigned char*>(rhs);
     for (;;) {
-        for (size_t nBlocks = SafeBlocks(a, b); nBlocks > 0; --nBlocks) {
-            const unsigned nStop = FirstStop(a, b);
-            if (nStop != kBlock) {
-                return Lower(a[nStop]) - Lower(b[nStop]);
+        if (!NearPageEnd(a, b, 2 * kBlock)) {
+            if (const uint32_t mask = PairStopMask(a, b)) {
+                return DiffAt(a, b, mask);
             }
-            a += kBlock;
-            b += kBlock;
+            a += 2 * kBlock;
+            b += 2 * kBlock;
+            continue;
         }
-        const int f = Lower(*a++);
-        const int l = Lower(*b++);
-        if (f == 0 || f != l) {
-            return f - l;
+        if (NearPageEnd(a, b, kBlock)) {
+            const int nResult = CompareBytes(a, b, kBlock);
+            if (nResult != kNoStop) {
+                return nResult;
+            }
+        } else if (const uint32_t mask = StopMask(a, b)) {
+            return DiffAt(a, b, mask);
         }
+        a += kBlock;
+        b += kBlock;
     }
 }
 
@@ -174,31 +212,36 @@ PIND_NO_SANITIZE_ADDRESS int Strnicmp(const char* lhs, const char* rhs, size_t c
     }
     const auto* a = reinterpret_cast<const unsigned char*>(lhs);
     const auto* b = reinterpret_cast<const unsigned char*>(rhs);
+    // What lies beyond `count` may be read, but is masked off.
     while (count > 0) {
-        size_t nBlocks = SafeBlocks(a, b);
-        nBlocks = nBlocks < count / kBlock ? nBlocks : count / kBlock;
-        for (; nBlocks > 0; --nBlocks) {
-            const unsigned nStop = FirstStop(a, b);
-            if (nStop != kBlock) {
-                return Lower(a[nStop]) - Lower(b[nStop]);
+        if (!NearPageEnd(a, b, 2 * kBlock)) {
+            uint32_t mask = PairStopMask(a, b);
+            if (count < 2 * kBlock) {
+                mask &= LowBits(count);
             }
-            a += kBlock;
-            b += kBlock;
-            count -= kBlock;
+            if (mask != 0) {
+                return DiffAt(a, b, mask);
+            }
+            if (count <= 2 * kBlock) {
+                return 0;
+            }
+            a += 2 * kBlock;
+            b += 2 * kBlock;
+            count -= 2 * kBlock;
+            continue;
         }
-        if (count == 0) {
-            return 0;
+        const size_t nBytes = count < kBlock ? count : kBlock;
+        if (NearPageEnd(a, b, kBlock)) {
+            const int nResult = CompareBytes(a, b, nBytes);
+            if (nResult != kNoStop) {
+                return nResult;
+            }
+        } else if (const uint32_t mask = StopMask(a, b) & LowBits(nBytes)) {
+            return DiffAt(a, b, mask);
         }
-        if (count < kBlock && SafeBlocks(a, b) > 0) {
-            // The last few bytes in one block; what lies beyond `count` is ignored.
-            const unsigned nStop = FirstStop(a, b);
-            return nStop < count ? Lower(a[nStop]) - Lower(b[nStop]) : 0;
-        }
-        const int f = Lower(*a++);
-        const int l = Lower(*b++);
-        if (--count == 0 || f == 0 || f != l) {
-            return f - l;
-        }
+        a += nBytes;
+        b += nBytes;
+        count -= nBytes;
     }
     return 0;
 }

@@ -147,9 +147,15 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByteThenZeroesTheBuffe
                                                                     {"ab", 1, "|0@0"},
                                                                     {"\377ab", 16, "null"},
                                                                     {"a\rb\n", 16, "a\rb\n|1@4"}};
-    // Lines around the 128-byte block copy, also with a zero byte after the line (the other scan).
-    for (const auto& [length, capacity] :
-         {std::pair<size_t, int>{128, 256}, {129, 256}, {300, 256}, {129, 129}, {127, 130}}) {
+    // Lines around the 64- and 128-byte scans, also with a zero byte after the line.
+    for (const auto& [length, capacity] : {std::pair<size_t, int>{1, 256},
+                                           {64, 256},
+                                           {65, 256},
+                                           {128, 256},
+                                           {129, 256},
+                                           {300, 256},
+                                           {129, 129},
+                                           {127, 130}}) {
         std::string bytes = std::string(length - 1, 'x') + '\n' + std::string(300, 'y');
         const size_t read = std::min(length, static_cast<size_t>(capacity) - 1);
         const std::string want = bytes.substr(0, read) + (read == length ? "|1@" : "|0@");

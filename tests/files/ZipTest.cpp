@@ -102,6 +102,9 @@ TEST_F(Zip, DamagedArchives) {
     std::string corrupt = good;
     const size_t dataAt = good.find("PK\x03\x04") + 30 + 5;
     corrupt[dataAt + (good.find("PK\x01\x02") - dataAt) / 2] ^= 0x5A;  // mid deflated data
+    std::string badCrc = good;  // the CRC-32 changed in both headers
+    badCrc[good.find("PK\x03\x04") + 14] ^= 1;
+    badCrc[good.find("PK\x01\x02") + 16] ^= 1;
     // What, the archive, ReadFirstFile's result, leading bytes equal to the text, whether
     // CZipPackage serves the entry.
     const std::tuple<const char*, std::string, unsigned int, size_t, bool> cases[] = {
@@ -113,6 +116,7 @@ TEST_F(Zip, DamagedArchives) {
         {"declares less", WithDeclaredSize(good, 100), 100, 100, false},
         {"declares 4 GiB", WithDeclaredSize(good, 0xFFFFFFF0u), 0, 0, false},
         {"corrupt data", corrupt, 20000, 0, false},
+        {"wrong CRC-32", badCrc, 20000, 20000, false},
     };
     for (const auto& [what, bytes, wantSize, wantPrefix, packageOpens] : cases) {
         const std::string path = m_dir.Write("case.zip", bytes);
