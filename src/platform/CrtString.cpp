@@ -6,6 +6,7 @@
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
+#include <immintrin.h>
 #endif
 
 #if defined(__clang__) || defined(__GNUC__)
@@ -85,16 +86,18 @@ inline bool NearPageEnd(const unsigned char* a, const unsigned char* b, unsigned
 inline PIND_NO_SANITIZE_ADDRESS unsigned StopMask(const unsigned char* a, const unsigned char* b) {
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
     const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
+    // 'A'..'Z' moved to the bottom of the signed range makes the range test one compare; each
+    // side is lowered on its own, so the two chains run side by side.
+    const __m128i shift = _mm_set1_epi8(static_cast<char>(0x80 - 'A'));
+    const __m128i limit = _mm_set1_epi8(static_cast<char>(0x80 + 26));
     const __m128i caseBit = _mm_set1_epi8(0x20);
-    // Bytes may differ in the case bit alone where `a`'s byte with that bit set is 'a'..'z' ('a'
-    // moved to the bottom of the signed range makes the range test one compare).
-    const __m128i shifted =
-        _mm_add_epi8(_mm_or_si128(x, caseBit), _mm_set1_epi8(static_cast<char>(0x80 - 'a')));
-    const __m128i letter = _mm_cmplt_epi8(shifted, _mm_set1_epi8(static_cast<char>(0x80 + 26)));
-    const __m128i differ = _mm_andnot_si128(_mm_and_si128(letter, caseBit), _mm_xor_si128(x, y));
-    const __m128i same = _mm_cmpeq_epi8(differ, _mm_setzero_si128());
+    const __m128i lowX =
+        _mm_or_si128(x, _mm_and_si128(_mm_cmplt_epi8(_mm_add_epi8(x, shift), limit), caseBit));
+    const __m128i lowY =
+        _mm_or_si128(y, _mm_and_si128(_mm_cmplt_epi8(_mm_add_epi8(y, shift), limit), caseBit));
     // The minimum is zero where the bytes differ and where `a` ends.
-    const __m128i stop = _mm_cmpeq_epi8(_mm_min_epu8(same, x), _mm_setzero_si128());
+    const __m128i stop =
+        _mm_cmpeq_epi8(_mm_min_epu8(_mm_cmpeq_epi8(lowX, lowY), x), _mm_setzero_si128());
     return static_cast<unsigned>(_mm_movemask_epi8(stop));
 }
 #else
@@ -122,6 +125,26 @@ inline PIND_NO_SANITIZE_ADDRESS unsigned StopMask(const unsigned char* a, const 
         ++i;
     }
     return 1u << i;
+}
+#endif
+
+#if (defined(__x86_64__) || defined(_M_X64)) && (defined(__GNUC__) || defined(__clang__))
+#define PIND_COMPARE_AVX2 1
+// StopMask over 32 bytes in one register, where the processor has AVX2.
+__attribute__((target("avx2"))) inline PIND_NO_SANITIZE_ADDRESS uint32_t
+WideStopMask(const unsigned char* a, const unsigned char* b) {
+    const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a));
+    const __m256i y = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b));
+    const __m256i shift = _mm256_set1_epi8(static_cast<char>(0x80 - 'A'));
+    const __m256i limit = _mm256_set1_epi8(static_cast<char>(0x80 + 26));
+    const __m256i caseBit = _mm256_set1_epi8(0x20);
+    const __m256i lowX = _mm256_or_si256(
+        x, _mm256_and_si256(_mm256_cmpgt_epi8(limit, _mm256_add_epi8(x, shift)), caseBit));
+    const __m256i lowY = _mm256_or_si256(
+        y, _mm256_and_si256(_mm256_cmpgt_epi8(limit, _mm256_add_epi8(y, shift)), caseBit));
+    const __m256i stop = _mm256_cmpeq_epi8(_mm256_min_epu8(_mm256_cmpeq_epi8(lowX, lowY), x),
+                                           _mm256_setzero_si256());
+    return static_cast<uint32_t>(_mm256_movemask_epi8(stop));
 }
 #endif
 
@@ -178,31 +201,69 @@ int Ui64toaS(uint64_t value, char* buffer, size_t size, int radix) {
     return ToText(value, false, buffer, size, radix);
 }
 
+namespace {
+// Stricmp's step near a page end, one block or byte at a time: true, with the result, when the
+// compare stopped.
+inline PIND_NO_SANITIZE_ADDRESS bool StepNearPageEnd(const unsigned char*& a,
+                                                     const unsigned char*& b, int* pResult) {
+    if (NearPageEnd(a, b, kBlock)) {
+        *pResult = CompareBytes(a, b, kBlock);
+        if (*pResult != kNoStop) {
+            return true;
+        }
+    } else if (const uint32_t mask = StopMask(a, b)) {
+        *pResult = DiffAt(a, b, mask);
+        return true;
+    }
+    a += kBlock;
+    b += kBlock;
+    return false;
+}
+
+#ifdef PIND_COMPARE_AVX2
+// Stricmp's loop where the processor has AVX2: long texts go twice as far per step.
+__attribute__((target("avx2"))) PIND_NO_SANITIZE_ADDRESS int WideStricmp(const unsigned char* a,
+                                                                         const unsigned char* b) {
+    for (int nResult = 0;;) {
+        if (NearPageEnd(a, b, 2 * kBlock)) {
+            if (StepNearPageEnd(a, b, &nResult)) {
+                return nResult;
+            }
+        } else if (const uint32_t mask = WideStopMask(a, b)) {
+            return DiffAt(a, b, mask);
+        } else {
+            a += 2 * kBlock;
+            b += 2 * kBlock;
+        }
+    }
+}
+const bool g_bWide = __builtin_cpu_supports("avx2") != 0;
+#endif
+}  // namespace
+
 PIND_NO_SANITIZE_ADDRESS int Stricmp(const char* lhs, const char* rhs) {
     if (lhs == nullptr || rhs == nullptr) {
         return kNlsCompareError;
     }
     const auto* a = reinterpret_cast<const unsigned char*>(lhs);
     const auto* b = reinterpret_cast<const unsigned char*>(rhs);
-    for (;;) {
-        if (!NearPageEnd(a, b, 2 * kBlock)) {
-            if (const uint32_t mask = PairStopMask(a, b)) {
-                return DiffAt(a, b, mask);
-            }
-            a += 2 * kBlock;
-            b += 2 * kBlock;
-            continue;
-        }
-        if (NearPageEnd(a, b, kBlock)) {
-            const int nResult = CompareBytes(a, b, kBlock);
-            if (nResult != kNoStop) {
+    for (int nResult = 0;;) {
+        if (NearPageEnd(a, b, 2 * kBlock)) {
+            if (StepNearPageEnd(a, b, &nResult)) {
                 return nResult;
             }
-        } else if (const uint32_t mask = StopMask(a, b)) {
+        } else if (const uint32_t mask = PairStopMask(a, b)) {
             return DiffAt(a, b, mask);
+        } else {
+            a += 2 * kBlock;
+            b += 2 * kBlock;
+#ifdef PIND_COMPARE_AVX2
+            // Past the first step the text is long: the wider loop pays for its call.
+            if (g_bWide) {
+                return WideStricmp(a, b);
+            }
+#endif
         }
-        a += kBlock;
-        b += kBlock;
     }
 }
 

@@ -65,9 +65,10 @@ TEST(Compare, LongStringsAtEveryAlignmentMatchBytewiseCompare) {
     std::vector<char> pages(3 * 4096);
     const auto base = reinterpret_cast<uintptr_t>(pages.data());
     char* const pageEnd = pages.data() + (4096 - base % 4096) + 4096;  // a page boundary inside
-    const std::string text = "Interface/Config/GameSetup.ini?[]@`\xb0\xc1Zz";
+    const std::string unit = "Interface/Config/GameSetup.ini?[]@`\xb0\xc1Zz";
+    const std::string text = unit + unit + unit + unit;  // long enough for the widest loop
     uint32_t seed = 7;
-    for (int round = 0; round < 4000; ++round) {
+    for (int round = 0; round < 8000; ++round) {
         seed = seed * 1103515245u + 12345u;
         std::string a = text.substr(0, seed % text.size() + 1);
         std::string b = a;
