@@ -173,13 +173,11 @@ public:
         if (p == nullptr) {
             throw std::bad_alloc();
         }
-        return Adopt(p);
-    }
-    // Takes over a block from std::malloc.
-    char* Adopt(void* p) {
         m_blocks.emplace_back(static_cast<char*>(p));
         return m_blocks.back().get();
     }
+    // Takes over a buffer whole; its bytes stay where they are.
+    void Keep(std::vector<uint8_t>&& bytes) { m_kept.push_back(std::move(bytes)); }
     // The two runs one after the other, and a zero.
     char* Copy(const char* p, size_t n, const char* p2 = nullptr, size_t n2 = 0) {
         char* pCopy = Alloc(n + n2 + 1);
@@ -201,6 +199,7 @@ private:
         void operator()(char* p) const { std::free(p); }
     };
     std::vector<std::unique_ptr<char, Free>> m_blocks;
+    std::vector<std::vector<uint8_t>> m_kept;
     char* m_pFree = nullptr;
     size_t m_nLeft = 0;
     size_t m_nNextBlock = 8192;
@@ -482,7 +481,8 @@ struct CPindIni::Parser {
     // Once the file is read, the store takes over its buffer when values point into it.
     void KeepBuffer(CPackFile* pFile) {
         if (bKeepBuffer) {
-            store.text.Adopt(pFile->m_pData);
+            store.text.Keep(std::move(pFile->m_vecData));
+            pFile->m_vecData.clear();
             pFile->m_pData = nullptr;
             pFile->m_uSize = 0;
             pFile->m_uPos = 0;

@@ -65,6 +65,8 @@ struct CDirPackage::Impl {
         if (!in) {
             return false;
         }
+        pBytes->clear();
+        pBytes->reserve(static_cast<size_t>(nSize) + pind::detail::kFilePad);
         pBytes->resize(static_cast<size_t>(nSize));
         in.read(reinterpret_cast<char*>(pBytes->data()), static_cast<std::streamsize>(nSize));
         pBytes->resize(static_cast<size_t>(in.gcount()));

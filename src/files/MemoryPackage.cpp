@@ -56,6 +56,8 @@ bool CMemoryPackage::LoadFile(const char* name, std::vector<uint8_t>* bytes) {
     if (it == m_files.end()) {
         return false;
     }
+    bytes->clear();
+    bytes->reserve(it->second.size() + pind::detail::kFilePad);
     bytes->assign(it->second.begin(), it->second.end());
     return true;
 }

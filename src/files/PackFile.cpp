@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "files/PackageFiles.h"
 #include "pind/client/PindClient.h"
 #include "pind/diag/Report.h"
+#include "pind/files/WholeFilePackage.h"
 #include "pind/platform/CrtString.h"
 #include "pind/platform/Package.h"
 #include "pind/platform/System.h"
@@ -107,7 +109,7 @@ LineScan ScanLine(const uint8_t* pData, size_t nWindow, bool bPlain) {
 
 // Bytes allocated past the packaged data, zeroed: a line read may then load whole 16-byte blocks
 // up to 15 bytes past the data's end, and an empty file still owns a buffer.
-constexpr size_t kDataPad = 16;
+constexpr size_t kDataPad = pind::detail::kFilePad;
 
 // Offset of the first 0x00 or 0xFF byte, or `nSize`.
 uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
@@ -304,7 +306,7 @@ void CPackFile::Close() {
         std::fclose(m_pStream);
         m_pStream = nullptr;
     }
-    std::free(m_pData);
+    std::vector<uint8_t>().swap(m_vecData);
     m_pData = nullptr;
     m_uSize = 0;
     m_uPos = 0;
@@ -339,38 +341,57 @@ bool CPackFile::OpenPackage(const char* pszCallerPath) {
     }
     std::string strLower = m_strName;
     LowerAscii(strLower);
-    pind::platform::PackHandle hPack = nullptr;
-    if (pind::platform::VoFOpen(strLower.c_str(), &hPack) != 0) {
-        char szRetry[1024];
+    // The second name tried: the path under the client's base folder, '/'-separated.
+    auto retryName = [&strLower](char (&szRetry)[1024]) {
         std::snprintf(szRetry, sizeof szRetry, "%s/%s", BaseDir().c_str(), strLower.c_str());
         for (char* p = szRetry; *p != '\0'; ++p) {
             if (*p == '\\') {
                 *p = '/';
             }
         }
-        if (pind::platform::VoFOpen(szRetry, &hPack) != 0) {
+        return szRetry;
+    };
+    char szRetry[1024];
+    // A whole-file package's Open, GetLen, Read and Close are final and together hand over what
+    // its LoadFile gives, so those bytes are taken as they are rather than copied.
+    if (auto* pWhole = dynamic_cast<CWholeFilePackage*>(pind::platform::GetPackage())) {
+        if (!TakeWholeFile(pWhole, strLower.c_str()) &&
+            !TakeWholeFile(pWhole, retryName(szRetry))) {
             return false;
         }
-    }
-    const uint32_t uSize = pind::platform::VoFGetLen(hPack);
-    m_pData = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(uSize) + kDataPad));
-    if (m_pData == nullptr) {
+    } else {
+        pind::platform::PackHandle hPack = nullptr;
+        if (pind::platform::VoFOpen(strLower.c_str(), &hPack) != 0 &&
+            pind::platform::VoFOpen(retryName(szRetry), &hPack) != 0) {
+            return false;
+        }
+        const uint32_t uSize = pind::platform::VoFGetLen(hPack);
+        m_vecData.resize(static_cast<size_t>(uSize) + kDataPad);
+        m_uSize = uSize;
+        const uint32_t uRead = pind::platform::VOFRead(m_vecData.data(), 1, uSize, hPack);
+        if (uRead != uSize) {
+            // The buffer is kept, zeros in place of what was not read.
+            pind::LogMessage("VOFRead pack error, pack_name = %s",
+                             pszCallerPath != nullptr ? pszCallerPath : "");
+        }
         pind::platform::VoFClose(hPack);
+    }
+    m_pData = m_vecData.data();
+    m_uPos = 0;
+    m_uFirstSpecial = FirstSpecialByte(m_pData, m_uSize);
+    return true;
+}
+
+bool CPackFile::TakeWholeFile(CWholeFilePackage* pPackage, const char* pszName) {
+    m_vecData.clear();
+    if (!pPackage->LoadFile(pszName, &m_vecData)) {
+        m_vecData.clear();
         return false;
     }
-    std::memset(m_pData + uSize, 0, kDataPad);
-    m_uSize = uSize;
-    m_uPos = 0;
-    const uint32_t uRead = pind::platform::VOFRead(m_pData, 1, uSize, hPack);
-    if (uRead != uSize) {
-        pind::LogMessage("VOFRead pack error, pack_name = %s",
-                         pszCallerPath != nullptr ? pszCallerPath : "");
-        if (uRead < uSize) {
-            std::memset(m_pData + uRead, 0, uSize - uRead);
-        }
-    }
-    pind::platform::VoFClose(hPack);
-    m_uFirstSpecial = FirstSpecialByte(m_pData, m_uSize);
+    // GetLen gives the length in 32 bits, and Read stops there.
+    m_uSize = static_cast<uint32_t>(m_vecData.size());
+    m_vecData.resize(m_uSize);
+    m_vecData.resize(static_cast<size_t>(m_uSize) + kDataPad);
     return true;
 }
 

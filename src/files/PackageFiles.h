@@ -3,6 +3,7 @@
 #ifndef PIND_SRC_FILES_PACKAGEFILES_H_
 #define PIND_SRC_FILES_PACKAGEFILES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -45,6 +46,10 @@ private:
 
 /// Files larger than this are refused: lengths travel as signed 32-bit values.
 constexpr uint64_t kMaxPackFileSize = 0x7FFFFFFF;
+
+/// Zeroed bytes a file object keeps past a packaged file's end. Backends reserve this much room
+/// beyond a file they load, so the file object takes their buffer without moving it.
+constexpr size_t kFilePad = 16;
 
 }  // namespace pind::detail
 

@@ -73,9 +73,10 @@ struct CZipPackage::Impl {
             return false;
         }
         // The declared size only sizes the first reservation; a lying header cannot make us
-        // allocate more than the data really inflates to.
+        // allocate more than the data really inflates to. The last read needs a chunk's room.
         pBytes->clear();
-        pBytes->reserve(static_cast<size_t>(std::min<uint64_t>(info.nSize, 16u << 20)));
+        pBytes->reserve(static_cast<size_t>(std::min<uint64_t>(info.nSize, 16u << 20)) +
+                        kReadChunk);
         bool bOk = true;
         for (;;) {
             const size_t nAt = pBytes->size();

@@ -11,8 +11,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "pind/platform/Export.h"
+
+class CWholeFilePackage;
 
 /// One open file. Disk mode exactly when GetStream() is non-null; otherwise the whole packaged
 /// file sits in an owned buffer read through a cursor. The constructor normalises the path and
@@ -75,11 +78,14 @@ private:
 
     void OpenDisk(const char* pszMode);
     bool OpenPackage(const char* pszCallerPath);
+    // Loads `pszName` of `pPackage` into m_vecData; false when the package has no such file.
+    bool TakeWholeFile(CWholeFilePackage* pPackage, const char* pszName);
 
     int32_t m_nLineEnds = 0;
     uint32_t m_uPos = 0;
     uint32_t m_uSize = 0;
-    uint8_t* m_pData = nullptr;
+    std::vector<uint8_t> m_vecData;  // the packaged bytes and a zeroed pad
+    uint8_t* m_pData = nullptr;      // m_vecData's bytes; null until a package gave them
     std::FILE* m_pStream = nullptr;
     std::string m_strName;
     // Offset of the first 0x00 or 0xFF byte in the data: lines before it need only a newline

@@ -45,6 +45,10 @@ protected:
     virtual bool LoadFile(const char* name, std::vector<uint8_t>* bytes) = 0;
 
 private:
+    // A file object takes LoadFile's bytes as they are: Open, GetLen, Read and Close, being final,
+    // would hand over the same bytes through a copy.
+    friend class CPackFile;
+
     std::unique_ptr<pind::detail::PackageFiles> m_files;
 };
 
