@@ -112,6 +112,33 @@ LineScan ScanLine(const uint8_t* pData, size_t nWindow, bool bPlain) {
 // up to 15 bytes past the data's end, and an empty file still owns a buffer.
 constexpr size_t kDataPad = pind::detail::kFilePad;
 
+#if defined(PIND_LINE_BLOCKS) && (defined(__GNUC__) || defined(__clang__))
+// Where the processor has AVX2, the whole-file scan and the line reads take 32 bytes at a time.
+#define PIND_LINE_AVX2 1
+const bool g_bWideLines = __builtin_cpu_supports("avx2") != 0;
+
+// Zero exactly at the 0x00 and 0xFF bytes of the 32 at `p` (see FirstSpecialByte).
+__attribute__((target("avx2"))) inline __m256i WideSpecial(const uint8_t* p) {
+    const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    return _mm256_min_epu8(x, _mm256_add_epi8(x, _mm256_set1_epi8(1)));
+}
+
+// FirstSpecialByte's block loop over 128 bytes a step: the offset where it stopped, a multiple
+// of 128 at or before the first special byte.
+__attribute__((target("avx2"))) uint32_t WideSpecialScan(const uint8_t* pData, uint32_t nSize) {
+    uint32_t nAt = 0;
+    for (; nSize - nAt >= 128; nAt += 128) {
+        const __m256i m = _mm256_min_epu8(
+            _mm256_min_epu8(WideSpecial(pData + nAt), WideSpecial(pData + nAt + 32)),
+            _mm256_min_epu8(WideSpecial(pData + nAt + 64), WideSpecial(pData + nAt + 96)));
+        if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(m, _mm256_setzero_si256())) != 0) {
+            break;
+        }
+    }
+    return nAt;
+}
+#endif
+
 // Offset of the first 0x00 or 0xFF byte, or `nSize`.
 uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
 #ifdef PIND_LINE_BLOCKS
@@ -123,6 +150,11 @@ uint32_t FirstSpecialByte(const uint8_t* pData, uint32_t nSize) {
         return _mm_min_epu8(x, _mm_add_epi8(x, one));
     };
     uint32_t nAt = 0;
+#ifdef PIND_LINE_AVX2
+    if (g_bWideLines) {
+        nAt = WideSpecialScan(pData, nSize);
+    }
+#endif
     for (; nSize - nAt >= 64; nAt += 64) {
         const __m128i m =
             _mm_min_epu8(_mm_min_epu8(special(pData + nAt), special(pData + nAt + 16)),
@@ -245,8 +277,7 @@ inline size_t CopyPlainLine(char* pszBuffer, size_t nCapacity, const uint8_t* pS
 #endif
 }
 
-#if defined(PIND_LINE_BLOCKS) && (defined(__GNUC__) || defined(__clang__))
-#define PIND_LINE_AVX2 1
+#ifdef PIND_LINE_AVX2
 // CopyPlainLine with the first 128 bytes taken 32 at a time, where the processor has AVX2.
 __attribute__((target("avx2"))) size_t WideCopyPlainLine(char* pszBuffer, size_t nCapacity,
                                                          const uint8_t* pSource, size_t nWindow) {
@@ -269,7 +300,6 @@ __attribute__((target("avx2"))) size_t WideCopyPlainLine(char* pszBuffer, size_t
     }
     return CopyPlainLineBlocks(pszBuffer, nCapacity, pSource, nWindow);
 }
-const bool g_bWideLines = __builtin_cpu_supports("avx2") != 0;
 #endif
 
 // The memory line read over (data, size) from `*pPos`; see CPackFile::ReadLine.
@@ -386,7 +416,7 @@ bool CPackFile::OpenPackage(const char* pszCallerPath) {
     std::string strLower = m_strName;
     LowerAscii(strLower);
     // The second name tried: the path under the client's base folder, '/'-separated.
-    auto retryName = [&strLower](char (&szRetry)[1024]) {
+    auto retryName = [&strLower](char(&szRetry)[1024]) {
         std::snprintf(szRetry, sizeof szRetry, "%s/%s", BaseDir().c_str(), strLower.c_str());
         for (char* p = szRetry; *p != '\0'; ++p) {
             if (*p == '\\') {
@@ -595,10 +625,10 @@ char* PackFGets(char* pszBuffer, int nCapacity, CPackFile* pFile) {
             // MemLine's plain case, written out because line reads are the hot path.
             const uint8_t* pSource = pFile->m_pData + uPos;
 #ifdef PIND_LINE_AVX2
-            nLen = g_bWideLines ? WideCopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity),
-                                                    pSource, nWindow)
-                                : CopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity),
-                                                pSource, nWindow);
+            nLen =
+                g_bWideLines
+                    ? WideCopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity), pSource, nWindow)
+                    : CopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity), pSource, nWindow);
 #else
             nLen = CopyPlainLine(pszBuffer, static_cast<size_t>(nCapacity), pSource, nWindow);
 #endif

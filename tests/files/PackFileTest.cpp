@@ -147,6 +147,12 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByteThenZeroesTheBuffe
                                                                     {"ab", 1, "|0@0"},
                                                                     {"\377ab", 16, "null"},
                                                                     {"a\rb\n", 16, "a\rb\n|1@4"}};
+    // A zero or 0xFF byte inside a line, past the open's first 128-byte scan step: the zero ends
+    // the text (so no line end is seen), the 0xFF ends the read.
+    const std::string x200(200, 'x');
+    const std::string z300(300, 'z');
+    cases.emplace_back(x200 + std::string("\0yy\r\n", 5) + z300, 256, x200 + "|0@205");
+    cases.emplace_back(x200 + "\377yy\n" + z300, 256, x200 + "|0@200");
     // Lines around the 64- and 128-byte scans, also with a zero byte after the line.
     for (const auto& [length, capacity] : {std::pair<size_t, int>{1, 256},
                                            {64, 256},
@@ -169,7 +175,7 @@ TEST_F(PackFileMemory, GetsStopsAtLineEndsCapacityAndTheFfByteThenZeroesTheBuffe
         const char* got = PackFGets(buf.data(), capacity, f);
         const std::string ends = "|" + std::to_string(f->GetLineEnds());
         EXPECT_EQ(got ? got + ends + "@" + std::to_string(f->GetPos()) : "null", want) << capacity;
-        const auto past = buf.begin() + static_cast<std::ptrdiff_t>(got ? std::strlen(got) : 0);
+        const auto past = buf.begin() + (got ? f->GetPos() : 0);
         EXPECT_TRUE(!got || std::all_of(past, buf.end() - 1, [](char c) { return c == '\0'; }))
             << bytes.size() << " " << capacity << ": a byte past the line is not zero";
         EXPECT_EQ(buf.back(), '#') << "wrote past the capacity";
