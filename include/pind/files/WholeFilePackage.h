@@ -41,7 +41,9 @@ public:
 protected:
     /// Whether `name` (a package name, possibly null) stands for a file of this package.
     virtual bool HasFile(const char* name) = 0;
-    /// Reads the whole file; false when there is none or it cannot be read. At most 2^31 - 1 bytes.
+    /// Reads the whole file into `bytes` (given empty); false when there is none or it cannot be
+    /// read. At most 2^31 - 1 bytes. A file object opening the file keeps the vector as its
+    /// buffer, with 16 zero bytes added: capacity for them saves it a copy.
     virtual bool LoadFile(const char* name, std::vector<uint8_t>* bytes) = 0;
 
 private:
