@@ -22,6 +22,7 @@
 #include "pind/profile/ProfileObjects.h"
 #include "pind/profile/Profiler.h"
 #include "pind/time/PindTime.h"
+#include "pind/xml/XmlDocument.h"
 
 namespace pind::tool {
 namespace {
@@ -218,28 +219,11 @@ private:
     uint32_t m_seed = 7;
 };
 
+// A label as SVG text: entities encoded, and a tab (which SVG would draw as one blank) as two.
 std::string XmlEscape(const std::string& text) {
     std::string out;
-    for (const char c : text) {
-        switch (c) {
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '&':
-                out += "&amp;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\t':
-                out += "  ";
-                break;
-            default:
-                out += c;
-        }
+    for (const char c : xml::EncodeEntities(text)) {
+        out += c == '\t' ? std::string("  ") : std::string(1, c);
     }
     return out;
 }
