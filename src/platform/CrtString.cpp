@@ -245,20 +245,28 @@ PIND_NO_SANITIZE_ADDRESS int NarrowStricmp(const unsigned char* a, const unsigne
     }
 }
 
-// Strnicmp on SSE2 blocks. What lies beyond `count` may be read, but is masked off.
+// Strnicmp's test after a step over 2 × kBlock bytes whose stop bits are `mask`: true, with the
+// result, when the compare ends there. What lies beyond `count` was read, but is masked off.
+inline bool EndsInStep(const unsigned char* a, const unsigned char* b, uint32_t mask, size_t count,
+                       int* pResult) {
+    if (count < 2 * kBlock) {
+        mask &= LowBits(count);
+    }
+    if (mask != 0) {
+        *pResult = DiffAt(a, b, mask);
+        return true;
+    }
+    return count <= 2 * kBlock;  // with *pResult left 0
+}
+
+// Strnicmp on SSE2 blocks.
 PIND_NO_SANITIZE_ADDRESS int NarrowStrnicmp(const unsigned char* a, const unsigned char* b,
                                             size_t count) {
     while (count > 0) {
         if (!NearPageEnd(a, b, 2 * kBlock)) {
-            uint32_t mask = PairStopMask(a, b);
-            if (count < 2 * kBlock) {
-                mask &= LowBits(count);
-            }
-            if (mask != 0) {
-                return DiffAt(a, b, mask);
-            }
-            if (count <= 2 * kBlock) {
-                return 0;
+            int nResult = 0;
+            if (EndsInStep(a, b, PairStopMask(a, b), count, &nResult)) {
+                return nResult;
             }
             a += 2 * kBlock;
             b += 2 * kBlock;
@@ -280,7 +288,6 @@ PIND_NO_SANITIZE_ADDRESS int NarrowStrnicmp(const unsigned char* a, const unsign
     }
     return 0;
 }
-
 
 #ifdef PIND_COMPARE_AVX2
 // Stricmp where the processor has AVX2: 32 bytes a step. Near a page end, which is rare, the
@@ -308,15 +315,9 @@ __attribute__((target("avx2"))) PIND_NO_SANITIZE_ADDRESS int WideStrnicmp(const 
         if (NearPageEnd(a, b, 2 * kBlock)) {
             return NarrowStrnicmp(a, b, count);
         }
-        uint32_t mask = WideStopMask(a, b);
-        if (count < 2 * kBlock) {
-            mask &= LowBits(count);
-        }
-        if (mask != 0) {
-            return DiffAt(a, b, mask);
-        }
-        if (count <= 2 * kBlock) {
-            return 0;
+        int nResult = 0;
+        if (EndsInStep(a, b, WideStopMask(a, b), count, &nResult)) {
+            return nResult;
         }
         a += 2 * kBlock;
         b += 2 * kBlock;
