@@ -428,7 +428,7 @@ bool CPackFile::OpenPackage(const char* pszCallerPath) {
     char szRetry[1024];
     // A whole-file package's Open, GetLen, Read and Close are final and together hand over what
     // its LoadFile gives, so those bytes are taken as they are rather than copied.
-    if (auto* pWhole = dynamic_cast<CWholeFilePackage*>(pind::platform::GetPackage())) {
+    if (CWholeFilePackage* pWhole = CWholeFilePackage::Find(pind::platform::GetPackage())) {
         if (!TakeWholeFile(pWhole, strLower.c_str()) &&
             !TakeWholeFile(pWhole, retryName(szRetry))) {
             return false;

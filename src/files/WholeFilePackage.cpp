@@ -1,10 +1,39 @@
 #include "pind/files/WholeFilePackage.h"
 
+#include <set>
+
 #include "files/PackageFiles.h"
+#include "pind/platform/CriticalSection.h"
 
-CWholeFilePackage::CWholeFilePackage() : m_files(std::make_unique<pind::detail::PackageFiles>()) {}
+namespace {
+// The whole-file packages alive, by the address the engine calls see. A client's own package may
+// be built without RTTI, so the file object cannot ask dynamic_cast which kind a package is.
+struct LivePackages {
+    pind::platform::CriticalSection cs;
+    std::set<const pind::platform::IPindPackage*> packages;
+};
+// Never destroyed: a package that is itself a static may end after any other static.
+LivePackages& Live() {
+    static auto* live = new LivePackages;
+    return *live;
+}
+}  // namespace
 
-CWholeFilePackage::~CWholeFilePackage() = default;
+CWholeFilePackage::CWholeFilePackage() : m_files(std::make_unique<pind::detail::PackageFiles>()) {
+    pind::platform::CriticalSectionGuard guard(Live().cs);
+    Live().packages.insert(this);
+}
+
+CWholeFilePackage::~CWholeFilePackage() {
+    pind::platform::CriticalSectionGuard guard(Live().cs);
+    Live().packages.erase(this);
+}
+
+CWholeFilePackage* CWholeFilePackage::Find(pind::platform::IPindPackage* package) {
+    pind::platform::CriticalSectionGuard guard(Live().cs);
+    return Live().packages.count(package) != 0 ? static_cast<CWholeFilePackage*>(package)
+                                               : nullptr;
+}
 
 int CWholeFilePackage::Open(const char* name, pind::platform::PackHandle* handle) {
     std::vector<uint8_t> bytes;

@@ -50,6 +50,8 @@ private:
     // A file object takes LoadFile's bytes as they are: Open, GetLen, Read and Close, being final,
     // would hand over the same bytes through a copy.
     friend class CPackFile;
+    /// `package` as a whole-file package; null when it is another kind (or null).
+    static CWholeFilePackage* Find(pind::platform::IPindPackage* package);
 
     std::unique_ptr<pind::detail::PackageFiles> m_files;
 };
