@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "files/PackageFiles.h"
 #include "pind/client/PindClient.h"
@@ -440,7 +441,13 @@ bool CPackFile::OpenPackage(const char* pszCallerPath) {
             return false;
         }
         const uint32_t uSize = pind::platform::VoFGetLen(hPack);
-        m_vecData.resize(static_cast<size_t>(uSize) + kDataPad);
+        try {
+            m_vecData.resize(static_cast<size_t>(uSize) + kDataPad);
+        } catch (const std::bad_alloc&) {
+            // A length the memory cannot hold fails the open, as a failed allocation always has.
+            pind::platform::VoFClose(hPack);
+            return false;
+        }
         m_uSize = uSize;
         const uint32_t uRead = pind::platform::VOFRead(m_vecData.data(), 1, uSize, hPack);
         if (uRead != uSize) {
